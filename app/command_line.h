@@ -1,0 +1,10 @@
+// The command-line mode: analyse one box file and print the findings.
+#pragma once
+
+// Analyses the box file at path with the console reporter, debug and verbose
+// on.  Returns 0 whatever the findings; 2, with one line on standard error,
+// when the file cannot be opened, inspected or mapped.
+int commandLineAnalysis(const char* path);
+
+// The graphical mode's entry, provided by the front end.
+int graphicalStart(int argc, char** argv);

@@ -1,0 +1,63 @@
+// The card chain: the cards behind the item info, each card's head stating
+// the length of its body, closed by a two-byte terminator.
+//
+// trace() walks the chain from the first card to the end of the file, runs
+// each card's content check and salvages broken cards by a heuristic scan;
+// census() then classifies and counts the cards it read.  Both report in the
+// data-chunk section (index -4) and at card indexes.
+#pragma once
+
+#include <cstdint>
+#include <unordered_map>
+#include <vector>
+
+#include "engine/byte_view.h"
+#include "engine/card_record.h"
+#include "engine/findings.h"
+#include "engine/item_info.h"
+
+class cardChain : public Checker {
+ public:
+  // fileStart is the mapping, fileSize its length and the trace's limit.
+  cardChain(uint32_t fileSize, const uint8_t* fileStart);
+
+  // Walks the chain from the first-card offset.  1 when the walk reached the
+  // end of the file, 0 when a salvage found nothing to resume at.
+  int trace(uint32_t first, const ItemInfo& fields);
+
+  // Classifies and counts the traced cards.  True when no ID was duplicated.
+  bool census();
+
+  // Index of the first record in list order with that ID / starting at that
+  // file offset; -1 when there is none.  Valid once trace() has run.
+  int32_t findById(uint16_t id) const;
+  int32_t findByOffset(uint32_t offset) const;
+
+  // Reads the card head at offset into record.  The offset of the next card,
+  // or -1 when the head or the body would run past limit.
+  int64_t parseCardHead(CardRecord& record, uint32_t offset, uint32_t limit) const;
+
+  // The first position from start on whose bytes decode as a fitting item
+  // length area, as a card offset (position - 10); 0 when there is none.
+  int64_t scanForCard(const ItemInfo& fields, uint64_t start, uint32_t limit) const;
+
+  std::vector<CardRecord> cards;  // in trace order; the card index is the position here
+  uint32_t fileSize;
+  const uint8_t* fileStart;
+
+  // Census results.
+  uint32_t normalCount = 0, systemCount = 0, garbageCount = 0, errorCount = 0;
+  uint32_t normalBytes = 0, systemBytes = 0, garbageBytes = 0, errorBytes = 0;
+  uint16_t maxId = 0;        // highest ID among the normal cards
+  uint16_t leastNullId = 0;  // least ID from 1 on that no eligible card holds
+  uint32_t duplicates = 0;
+
+ private:
+  int walk(uint32_t first, const ItemInfo& fields);
+  bool checkCard(CardRecord& record, const ItemInfo& fields);
+  void buildIndexes();
+
+  ByteView file_;
+  std::vector<int32_t> firstById_;                      // 65536 slots, -1 when absent
+  std::unordered_map<uint32_t, int32_t> firstByOffset_;
+};

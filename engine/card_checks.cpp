@@ -1,0 +1,171 @@
+#include "engine/card_checks.h"
+
+#include <array>
+#include <climits>
+#include <cstring>
+#include <ctime>
+
+#include "engine/box_format.h"
+#include "engine/findings.h"
+#include "engine/texts_ja.h"
+
+bool decodeItemLength(ByteView file, uint64_t pos, uint32_t* value, uint32_t* width) {
+  if (pos >= file.size()) return false;
+  const uint8_t* p = file.data() + pos;
+  const uint64_t left = file.size() - pos;
+  if (p[0] < 0x80) {
+    *value = p[0];
+    *width = 1;
+  } else if (p[0] < 0xC0) {
+    if (left < 2) return false;
+    *value = (static_cast<uint32_t>(p[0] & 0x7F) << 8) | p[1];
+    *width = 2;
+  } else {
+    if (left < 4) return false;
+    *value = (static_cast<uint32_t>(p[0] & 0x3F) << 24) | (static_cast<uint32_t>(p[1]) << 16) |
+             (static_cast<uint32_t>(p[2]) << 8) | p[3];
+    *width = 4;
+  }
+  return true;
+}
+
+bool lengthFitsDataId(const ItemInfoEntry& entry, uint32_t length) {
+  return box::lengthFits(entry.dataId, length);
+}
+
+namespace {
+
+// Judges a TIME value as the 32-bit handheld would: mktime must succeed and
+// its result must fit a signed 32-bit time_t.
+bool timeConverts(int year, int month, int day, int hour, int minute, int second) {
+  struct tm t;
+  std::memset(&t, 0, sizeof t);
+  t.tm_sec = second;
+  t.tm_min = minute;
+  t.tm_hour = hour;
+  t.tm_mday = day;
+  t.tm_mon = month;
+  t.tm_year = year;
+  const time_t converted = mktime(&t);
+  return converted != static_cast<time_t>(-1) && converted >= INT32_MIN &&
+         converted <= INT32_MAX;
+}
+
+}  // namespace
+
+bool checkItemValue(ByteView file, const ItemInfoEntry& entry, CardRecord& record, int item,
+                    uint64_t position, uint32_t length) {
+  if (length == 0 || position > UINT32_MAX) return true;
+  const uint32_t pos = static_cast<uint32_t>(position);
+  if (entry.dataId == box::kTimeDataId) {
+    const uint8_t* d = file.at(pos, box::kTimeValueSize);
+    if (!d) return true;
+    int year = (d[3] >> 4) + 16 * d[4];
+    if (year == static_cast<int>(box::kUnsetYear)) return true;
+    if (year > 130) year -= 100;
+    const int second = d[0];
+    const int minute = d[1] & 0x3F;
+    const int hour = (d[1] >> 6) + 4 * (d[2] & 0x07);
+    const int day = d[2] >> 3;
+    const int month = d[3] & 0x0F;
+    if (timeConverts(year, month, day, hour, minute, second)) return true;
+    reportHere(record, 0x20000080, "Illegal format of TIME.",
+               " item %2d, data %02x%02x%02x%02x%02x %4d/%2d/%2d %02d:%02d:%02d.", item, d[0],
+               d[1], d[2], d[3], d[4], year, month, day, hour, minute, second);
+    return false;
+  }
+  if (entry.dataId == box::kWeekDataId) {
+    const auto day = file.u8(pos);
+    if (!day || *day <= 6) return true;
+    reportHere(record, 0x20000080, "Illegal format of WEEK", " at %d (%02x).", item, *day);
+    return false;
+  }
+  return true;
+}
+
+int walkItemLengths(ByteView file, const ItemInfo& fields, CardRecord& record,
+                    uint64_t areaStart) {
+  // At most 255 fields; lengths the file does not hold stay 0.
+  std::array<uint32_t, 256> lengths{};
+  const int count = fields.count;
+  uint64_t pos = areaStart;
+  uint32_t dataLength = 0;
+  for (int k = 0; k < count; ++k) {
+    uint32_t width = 0;
+    if (!decodeItemLength(file, pos, &lengths[k], &width)) break;
+    pos += width;
+    dataLength += lengths[k];  // wraps like the device's 32-bit sum
+  }
+  record.areaLength = static_cast<uint32_t>(pos - areaStart);
+  record.dataLength = dataLength;
+
+  // Value positions: the item data begins right behind the area.
+  std::array<uint64_t, 256> valueAt{};
+  uint64_t value = pos;
+  for (int k = 0; k < count; ++k) {
+    valueAt[k] = value;
+    value += lengths[k];
+  }
+
+  int misfits = 0;
+  for (int k = count - 1; k >= 0; --k) {
+    const ItemInfoEntry& entry = fields.entries[static_cast<size_t>(k)];
+    if (!lengthFitsDataId(entry, lengths[k])) {
+      ++misfits;
+      debugMessage(ja::kItemLengthWrong);
+    }
+    checkItemValue(file, entry, record, k, valueAt[k], lengths[k]);
+  }
+  return misfits;
+}
+
+bool checkItems(ByteView file, CardRecord& record, const ItemInfo& fields) {
+  const uint64_t offset = record.offset;
+  if (walkItemLengths(file, fields, record, offset + box::kCardAreaOffset) > 0) {
+    reportHere(record, 0x40000800, "Item with illegal lenth is exist.");
+  }
+  const uint32_t stated = file.u16(record.offset + box::kCardAreaLengthOffset).value_or(0);
+  if (record.areaLength != stated) {
+    reportHere(record, 0x40000001, "Wrong size for Item data length area.");
+  }
+  if (record.size != record.areaLength + record.dataLength + 4) {
+    reportHere(record, 0x40000002, "Data area length and/or Items data length have wrong.");
+  }
+  return (record.level & (code::kCritical | code::kError)) == 0;
+}
+
+bool checkOffsetCardSize(CardRecord& record) {
+  if (record.size % 4 != 0) {
+    reportHere(record, 0x40000200, "Illegal card size.");
+  } else if (record.size != box::kUsualOffsetCardSize) {
+    reportHere(record, 0x20000010, "Unusual card size.");
+  }
+  return record.level == 0;
+}
+
+bool dumpIndexCard(ByteView file, CardRecord& record) {
+  debugMessage(" # %4d", static_cast<int>(record.size));
+  // Entries are read only inside the card's body, which the trace has
+  // already found inside the file.
+  const uint64_t bodyStart = uint64_t{record.offset} + box::kCardHeadSize;
+  const uint64_t bodyEnd = bodyStart + record.size;
+  int64_t remaining = record.size;
+  uint64_t q = bodyStart;
+  do {
+    if (q + 2 > bodyEnd) break;
+    const uint32_t len = decodeU16(file.data() + q);
+    if (len <= 2) break;
+    // The name starts 12 bytes into the entry and is len - 10 bytes long.
+    const uint64_t nameStart = q + 12;
+    const uint64_t nameEnd = std::min<uint64_t>(q + 2 + len, bodyEnd);
+    if (len <= 10 || nameStart >= nameEnd) break;
+    const auto* name = file.data() + nameStart;
+    if (!std::memchr(name, 0, nameEnd - nameStart)) break;
+    const uint8_t* e = file.data() + q;
+    debugMessage(" ## %3d %02x %02x %02x %02x %s", static_cast<int>(len), e[2], e[3], e[4], e[5],
+                 reinterpret_cast<const char*>(name));
+    remaining -= static_cast<int64_t>(len) + 2;
+    q += uint64_t{len} + 2;
+  } while (remaining > 12);
+  return true;
+}

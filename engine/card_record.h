@@ -1,0 +1,13 @@
+// One card of the card list, as the trace read it.
+#pragma once
+
+#include <cstdint>
+
+struct CardRecord {
+  uint32_t level = 0;       // OR of the codes delivered against this card
+  uint16_t id = 0;          // card ID; 0 when the file ended before it
+  uint32_t size = 0;        // body length from the head; the salvage may rewrite it
+  uint32_t offset = 0;      // file offset of the card
+  uint32_t areaLength = 0;  // decoded item length area (normal cards)
+  uint32_t dataLength = 0;  // sum of the decoded item lengths (normal cards)
+};
