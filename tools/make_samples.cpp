@@ -97,13 +97,12 @@ int main(int argc, char** argv) {
   const BuiltBox sound = addressBook(700);
   ok &= save(dir, "KQADRS.BOX", sound.bytes);
 
-  // Header damage: a wrong signature byte, the item info moved behind its
-  // place, the first card claimed inside the item info, stale totals.
+  // Header damage: a wrong signature byte, an unusual table position (the
+  // table is still read at its fixed place) and stale totals.
   {
     Bytes b = sound.bytes;
     b[3] = 0x30;
-    putU32(b, 8, 0x850);
-    putU32(b, 4, sound.firstCard - 4);
+    putU32(b, 16, 0x50);
     putU32(b, 48, 0);
     putU16(b, 52, 702);
     b[54] = 0x33;

@@ -28,7 +28,8 @@ std::string slurp(const std::string& path) {
 }
 }  // namespace
 
-RunResult runVorn(const std::vector<std::string>& args, int timeoutSeconds) {
+namespace {
+RunResult run(const std::vector<std::string>& args, int timeoutSeconds, bool dropRoot) {
   char outPath[] = "/tmp/vorn-out-XXXXXX";
   char errPath[] = "/tmp/vorn-err-XXXXXX";
   const int outFd = mkstemp(outPath);
@@ -43,6 +44,8 @@ RunResult runVorn(const std::vector<std::string>& args, int timeoutSeconds) {
     const int devNull = open("/dev/null", O_RDONLY);
     dup2(devNull, STDIN_FILENO);
     setenv("TZ", "UTC", 1);
+    constexpr uid_t kNobody = 65534;
+    if (dropRoot && geteuid() == 0 && (setgid(kNobody) != 0 || setuid(kNobody) != 0)) _exit(126);
     std::vector<char*> argv;
     static char name[] = "vorn";
     argv.push_back(name);
@@ -72,6 +75,13 @@ RunResult runVorn(const std::vector<std::string>& args, int timeoutSeconds) {
   unlink(errPath);
   return result;
 }
+}  // namespace
+
+RunResult runVorn(const std::vector<std::string>& args, int timeoutSeconds) {
+  return run(args, timeoutSeconds, false);
+}
+
+RunResult runVornUnprivileged(const std::vector<std::string>& args) { return run(args, 20, true); }
 
 std::vector<std::string> splitLines(const std::string& text) {
   std::vector<std::string> lines;
