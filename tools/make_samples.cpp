@@ -117,5 +117,62 @@ int main(int argc, char** argv) {
     ok &= save(dir, "BADITEMS.BOX", b);
   }
 
+  // Card damage, each on a fresh copy of the address book.  Card k of the
+  // chain stands at sound.offsets[k].
+  const auto& at = sound.offsets;
+
+  // A deleted card that claims 20 bytes more than it has (deleted cards
+  // are not checked): the trace finds the card behind it, shortens it and
+  // goes on.  Chain element 49 is the first deleted card.
+  {
+    Bytes b = sound.bytes;
+    putU32(b, at[49] + 2, getU32(b, at[49] + 2) + 20);
+    ok &= save(dir, "SALVAGE.BOX", b);
+  }
+
+  // A card whose stated item length area is wrong: salvaged as garbage.
+  {
+    Bytes b = sound.bytes;
+    putU16(b, at[20] + 8, 3);
+    ok &= save(dir, "GARBAGE.BOX", b);
+  }
+
+  // Values: an impossible date and a weekday 7 in card 5.
+  {
+    BoxBuilder book = addressFields();
+    for (unsigned id = 1; id <= 30; ++id) {
+      std::vector<Bytes> values = addressValues(id);
+      if (id == 5) {
+        values[8] = timeValue(250, 1, 1, 0, 0, 0);  // 2050: beyond a 32-bit time_t
+        values[6] = Bytes{7};
+      }
+      book.card(static_cast<uint16_t>(id), values);
+    }
+    book.indexCard({{"NAME", "kqadrs_name.idx"}}).terminator();
+    ok &= save(dir, "VALUES.BOX", book.build().bytes);
+  }
+
+  // The end of the file cut off: the last cards and the terminator are gone.
+  {
+    Bytes b = sound.bytes;
+    b.resize(b.size() - 150);
+    ok &= save(dir, "TRUNC.BOX", b);
+  }
+
+  // Duplicate IDs and offset entries that point at the wrong card.
+  {
+    BoxBuilder book = addressFields();
+    for (unsigned id = 1; id <= 40; ++id) {
+      book.card(static_cast<uint16_t>(id), addressValues(id));
+      if (id == 7 || id == 8) book.card(3, addressValues(3));
+    }
+    book.indexCard({{"NAME", "kqadrs_name.idx"}}).terminator();
+    Bytes b = book.build().bytes;
+    putU32(b, 116 + 4 * 9, getU32(b, 116 + 4 * 10));  // ID 10's entry holds ID 11's offset
+    putU32(b, 116 + 4 * 11, 0);                        // ID 12 has no entry
+    putU32(b, 116 + 4 * 44, 0x900);                    // ID 45 does not exist
+    ok &= save(dir, "DUPLICATE.BOX", b);
+  }
+
   return ok ? 0 : 1;
 }
