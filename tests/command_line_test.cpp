@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <string>
 
-#include "tests/support/box_builder.h"
+#include "tools/boxgen/box_builder.h"
 #include "tests/support/run_vorn.h"
 
 using namespace boxtest;

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/box_builder.h"
+#include "tools/boxgen/box_builder.h"
 #include "tests/support/euc.h"
 #include "tests/support/run_vorn.h"
 

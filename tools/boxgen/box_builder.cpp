@@ -1,4 +1,4 @@
-#include "tests/support/box_builder.h"
+#include "tools/boxgen/box_builder.h"
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/box_builder.h"
+#include "tools/boxgen/box_builder.h"
 
 using namespace boxtest;
 
