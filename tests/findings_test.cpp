@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "app/console_reporter.h"
 #include "engine/findings.h"
 #include "engine/reporter.h"
 
@@ -126,16 +125,6 @@ TEST_F(FindingsTest, OnlyDeliveredCodesRaiseLevelsAndDecideTheVerdict) {
   EXPECT_EQ(lastIndex, -1);
 }
 
-TEST_F(FindingsTest, SeverityNamesAndDisplayCode) {
-  EXPECT_STREQ(severityName(0xA0000001), "Critical");
-  EXPECT_STREQ(severityName(0x60000000), "Error");
-  EXPECT_STREQ(severityName(0x20000080), "Warning");
-  EXPECT_EQ(severityName(0x10000000), nullptr);
-  EXPECT_EQ(severityName(0x08000001), nullptr);
-  EXPECT_EQ(displayCode(0x40000800), 0x800u);
-  EXPECT_EQ(displayCode(0x08000003), 0x08000003u);
-}
-
 TEST_F(FindingsTest, ProgressPercentAndOnePerSecond) {
   reportProgress(0, 0, 0);
   fakeNow++;
@@ -161,47 +150,6 @@ TEST_F(FindingsTest, DebugLinesNeedDebugAndASink) {
   currentReporter = nullptr;
   debugMessage("c %d", 3);
   EXPECT_EQ(sink.messages, std::vector<std::string>{"b 2"});
-}
-
-// The console's exact position and finding lines.
-class ConsoleTest : public FindingsTest {
- protected:
-  std::string capture(void (*emit)()) {
-    ConsoleReporter console;
-    currentReporter = &console;
-    verbose = debug = true;
-    testing::internal::CaptureStdout();
-    emit();
-    fflush(stdout);
-    return testing::internal::GetCapturedStdout();
-  }
-};
-
-TEST_F(ConsoleTest, PositionAndFindingLines) {
-  const std::string out = capture([] {
-    Checker c;
-    report(c, -1, 0, static_cast<uint32_t>(-1), 72, 0, nullptr);
-    reportHere(c, 0x08000001, "Box file header", "%02x %02x %02x %02x", 0xFF, 0x00, 0x10, 0x31);
-    reportHere(c, 0x20000002, "Unusual offset of default offset table", " (%04lx).", 0x50ul);
-    report(c, 12, 0x1234, 0xFFF0, 0x204, 0x40000200, "Illegal card size.");
-    debugMessage("Item Info has %d items", 3);
-  });
-  EXPECT_EQ(out,
-            " --   -1: 0x000000: 0xffffffff, 0x000048\n"
-            " --   -1: 0x000000: 0xffffffff, 0x000048\n"
-            "    8000001 Box file headerff 00 10 31\n"
-            " --   -1: 0x000000: 0xffffffff, 0x000048\n"
-            "    20000002 Unusual offset of default offset table (0050).\n"
-            " --   12: 0x001234: 0xfff0, 0x000204\n"
-            "    40000200 Illegal card size.\n"
-            "Item Info has 3 items\n");
-}
-
-TEST_F(ConsoleTest, ProgressPrintsNothing) {
-  ConsoleReporter console;
-  testing::internal::CaptureStdout();
-  EXPECT_EQ(console.progress(1, 50), 1);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
 }  // namespace
