@@ -1,0 +1,58 @@
+// Turns the form's application and storage choices into one box file: its
+// path (or a pattern of files beside it), its directory and the name of its
+// storage medium.  In developer mode it also offers a menu of every box file
+// in the main storage directory as the "Other Boxes" choice.
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+class QComboBox;
+class QMenu;
+
+// One application choice.
+struct AppEntry {
+  const char* label;        // the text shown
+  const char* program;      // the owning Qtopia program, or null
+  const char* boxBase;      // base name of its box file, or null
+  char upperSuffix;         // file name suffixes are upper case
+  char storageSelectable;   // the box may live on a memory card
+};
+
+class boxFileSelecter : public QObject {
+  Q_OBJECT
+
+ public:
+  static constexpr int kRows = 7;
+  static constexpr int kInboxRow = 4;
+  static constexpr int kOtherBoxesRow = 6;
+  static const AppEntry appTable[kRows];
+
+  // Fills both combo boxes, selects the first application and disables the
+  // storage choice.
+  boxFileSelecter(QObject* parent, QComboBox* appli, QComboBox* storage, const char* name = nullptr);
+  ~boxFileSelecter() override;
+
+  // The box directory of the storage medium chosen, when storageApplies,
+  // else of the main storage.
+  QString boxDir(bool storageApplies) const;
+  // The box file of the current choice with suffix (".box", "*.idx", ...).
+  QString boxFilePath(const char* suffix) const;
+  // The translated name of the effective storage medium.
+  QString storageName() const;
+  // Whether the current application is on the launcher's preload list.
+  bool isFastLoad() const;
+
+  QComboBox* appliCombo;
+  QComboBox* storageCombo;
+  QMenu* boxMenu = nullptr;  // built by activateAll(), kept for the selector's life
+
+ public slots:
+  void activateAll();
+
+ protected slots:
+  void apActivated(int index);
+
+ private:
+  const AppEntry& currentRow() const;
+};

@@ -1,0 +1,127 @@
+#include "gui/result_reporter.h"
+
+#include <QApplication>
+#include <QBrush>
+#include <QColor>
+#include <QProgressBar>
+#include <QTreeWidget>
+
+#include <cstdio>
+
+#include "engine/findings.h"
+#include "gui/vorn_base.h"
+
+namespace {
+
+QString formatted(const char* format, ...) __attribute__((format(printf, 1, 2)));
+QString formatted(const char* format, ...) {
+  char buffer[64];
+  va_list args;
+  va_start(args, format);
+  std::vsnprintf(buffer, sizeof buffer, format, args);
+  va_end(args);
+  return QString::fromLatin1(buffer);
+}
+
+const char* sectionName(int32_t index) {
+  switch (index) {
+    case kHeaderSection: return QT_TRANSLATE_NOOP("QObject", "Box header");
+    case kItemInfoSection: return QT_TRANSLATE_NOOP("QObject", "Item info");
+    case kOffsetTableSection: return QT_TRANSLATE_NOOP("QObject", "Offset table");
+    case kDataChunkSection: return QT_TRANSLATE_NOOP("QObject", "Data chunck");
+    default: return nullptr;
+  }
+}
+
+}  // namespace
+
+QVariant ResultItem::data(int column, int role) const {
+  if (role == Qt::ForegroundRole && !text(VornBase::kMarkColumn).isEmpty()) {
+    return QBrush(QColor(255, 0, 0));
+  }
+  return QTreeWidgetItem::data(column, role);
+}
+
+ResultReporter::ResultReporter(QTreeWidget* l, QProgressBar* bar, bool e)
+    : list(l), progressBar(bar), echo(e) {}
+
+void ResultReporter::message(const char* format, va_list args) {
+  std::vfprintf(stderr, format, args);
+  std::fputc('\n', stderr);
+}
+
+void ResultReporter::entry(int32_t index, uint32_t offset, uint32_t id, uint32_t size,
+                           uint32_t code, const char* text, const char* format, va_list args) {
+  QString col0;
+  QString col1 = QLatin1String("");
+  QString col2;
+  if (const char* name = sectionName(index)) {
+    col0 = QObject::tr(name);
+  } else {
+    col0 = formatted("%.8x", offset);
+    col1 = formatted("%7.4x", id);
+  }
+  col2 = formatted("%6Xh byte.", size);
+
+  QTreeWidgetItem* item = findItem(index);
+  if (!item) {
+    item = new ResultItem(list, {col0, col1, col2, QString::number(index)});
+    if (echo) std::fprintf(stderr, " -- %4d: 0x%06x: 0x%04x, 0x%06x\n", index, offset, id, size);
+  } else {
+    if (static_cast<int32_t>(offset) > 0) item->setText(0, col0);
+    item->setText(1, col1);
+    item->setText(2, col2);
+  }
+  if (code == 0) return;
+
+  QString context = QLatin1String("");
+  QString detail = QLatin1String("");
+  QString idText = col1;
+  va_list echoArgs;
+  va_copy(echoArgs, args);
+  if (text) context = QObject::tr(text);
+  if (format) {
+    char buffer[kDetailBuffer];
+    std::vsnprintf(buffer, sizeof buffer, format, args);  // cut to the buffer
+    detail = QString::fromLatin1(buffer);
+  }
+  const char* severity = severityName(code);
+  col0 = QString::fromLatin1(severity ? severity : "");
+  if (!col0.isEmpty()) item->setText(VornBase::kMarkColumn, QStringLiteral("*"));
+  col1 = formatted(" %6.4x ", displayCode(code));
+  if (code & code::kInfo) {
+    col0 = context;
+    context = QLatin1String("");
+    idText = QString();
+  }
+  new QTreeWidgetItem(item, {col0, idText, context + detail, col1, col0});
+
+  if (echo) {
+    std::fprintf(stderr, "    %6.4x %s", code, text ? text : "");
+    if (format) std::vfprintf(stderr, format, echoArgs);
+    std::fputc('\n', stderr);
+  }
+  va_end(echoArgs);
+}
+
+int ResultReporter::progress(int stage, int percent) {
+  ++calls;
+  if (calls == 1) {
+    progressBar->reset();
+    return 1;
+  }
+  if (calls == 2) return 1;
+  if (calls == 3) progressBar->show();
+  progressBar->setValue(stage * 100 + percent);
+  QApplication::sendPostedEvents();
+  return 1;
+}
+
+QTreeWidgetItem* ResultReporter::findItem(int index) const {
+  const QString key = QString::number(index);
+  for (int i = 0; i < list->topLevelItemCount(); ++i) {
+    QTreeWidgetItem* item = list->topLevelItem(i);
+    if (item->text(VornBase::kKeyColumn) == key) return item;
+  }
+  return nullptr;
+}
