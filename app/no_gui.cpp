@@ -1,12 +1,10 @@
-// Graphical start of a build without the front end.
+// Graphical start of a build without the window (configured with VORN_GUI off).
 #include <cstdio>
 
 #include "app/command_line.h"
 
 int graphicalStart(int /*argc*/, char** /*argv*/) {
-  std::fputs(
-      "vorn: the graphical mode is not built in this version; "
-      "run 'vorn FILE' to analyse a box file on the command line\n",
-      stderr);
-  return 1;
+  std::fputs("vorn: this build has no window; 'vorn FILE' analyses a box file on the command line\n",
+             stderr);
+  return 2;
 }

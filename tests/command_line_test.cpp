@@ -28,9 +28,9 @@ TEST(ModeChoice, OnlyTheFirstArgumentDecides) {
     const RunResult gui = runVorn(args);
     EXPECT_EQ(gui.status, 2);
     EXPECT_EQ(gui.out, "");
-    EXPECT_EQ(gui.err,
-              "vorn: the window needs a display (none is set); 'vorn FILE' analyses a box file on the "
-              "command line\n");
+    EXPECT_EQ(gui.err.rfind("vorn: ", 0), 0u) << gui.err;
+    EXPECT_NE(gui.err.find("; 'vorn FILE' analyses a box file on the command line\n"), std::string::npos);
+    EXPECT_EQ(gui.err.find('\n'), gui.err.size() - 1);  // one line
   }
 }
 
