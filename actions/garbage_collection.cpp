@@ -1,11 +1,167 @@
-// The garbage-collection action.
-#include <QMessageBox>
+// The garbage-collection action: free-space test, confirmation, the guarded
+// collector, removal of the index files and the restart request.
+#include "actions/garbage_collection.h"
 
+#include <setjmp.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QMessageBox>
+#include <QTreeWidget>
+
+#include <cstdlib>
+
+#include "actions/action_lock.h"
 #include "gui/vorn.h"
+#include "platform/boxlib/boxlib.h"
+#include "platform/qtopia/qcopenvelope.h"
+
+GcSystem gcSystem = {::statfs, _BoxGarbageCollect, std::system};
+
+namespace {
+
+// The jump-back point of the guarded call.  sigsetjmp saves the signal mask,
+// so a fault in a later call is caught as the first one was.
+sigjmp_buf gcJumpPoint;
+
+// Yes first, No second; default and escape as given.
+bool askYesNo(QWidget* parent, QMessageBox::Icon icon, const QString& caption, const QString& text,
+              QMessageBox::StandardButton defaultButton) {
+  QMessageBox box(icon, caption, text, QMessageBox::Yes | QMessageBox::No, parent);
+  box.setDefaultButton(defaultButton);
+  box.setEscapeButton(QMessageBox::No);
+  return box.exec() == QMessageBox::Yes;
+}
+
+void sendRestart() { QCopEnvelope("QPE/System", "restart()"); }
+
+}  // namespace
+
+int hasSpace(const QString& path) {
+  const QByteArray local = path.toLocal8Bit();
+  struct statfs fs;
+  if (gcSystem.statfs(local.constData(), &fs) != 0) return -1;
+  struct stat st;
+  if (stat(local.constData(), &st) != 0) return -1;
+  const unsigned long long blockSize = static_cast<unsigned long long>(fs.f_bsize);
+  if (blockSize == 0) return -1;
+  const unsigned long long size = static_cast<unsigned long long>(st.st_size);
+  const unsigned long long needed = (size + blockSize - 1) / blockSize + 8;
+  return needed < static_cast<unsigned long long>(fs.f_bavail) ? 1 : 0;
+}
+
+void gcAbortHandler(int signal) {
+  // Only async-signal-safe calls here: the line is put together by hand.
+  char line[64] = " !! Caution: _BoxGarbageCollect abort by sig ";
+  size_t n = sizeof " !! Caution: _BoxGarbageCollect abort by sig " - 1;
+  char digits[12];
+  int count = 0;
+  for (unsigned v = static_cast<unsigned>(signal); count == 0 || v != 0; v /= 10) {
+    digits[count++] = static_cast<char>('0' + v % 10);
+  }
+  while (count > 0) line[n++] = digits[--count];
+  line[n++] = '.';
+  line[n++] = '\n';
+  [[maybe_unused]] const ssize_t ignored = write(STDERR_FILENO, line, n);
+  siglongjmp(gcJumpPoint, signal);
+}
+
+int guardedGarbageCollect(const char* path) {
+  struct sigaction guard = {};
+  guard.sa_handler = gcAbortHandler;
+  sigemptyset(&guard.sa_mask);
+  struct sigaction previousSegv;
+  struct sigaction previousBus;
+  sigaction(SIGSEGV, &guard, &previousSegv);
+  sigaction(SIGBUS, &guard, &previousBus);
+
+  // volatile: the value must survive the jump back.
+  volatile int result = -1;
+  if (sigsetjmp(gcJumpPoint, 1) == 0) {
+    result = static_cast<int>(static_cast<unsigned>(gcSystem.collect(path)) & 0xFFFF);
+  } else {
+    result = -1;
+  }
+
+  sigaction(SIGSEGV, &previousSegv, nullptr);
+  sigaction(SIGBUS, &previousBus, nullptr);
+  return result;
+}
+
+QByteArray removalCommand(const QString& pattern) {
+  const qsizetype slash = pattern.lastIndexOf(QLatin1Char('/'));
+  const QByteArray dir = pattern.left(slash + 1).toLatin1();
+  const QByteArray file = pattern.mid(slash + 1).toLatin1();
+  bool plain = true;
+  for (const char c : dir) {
+    const bool ok = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+                    c == '/' || c == '.' || c == '_' || c == '-' || c == '+';
+    plain = plain && ok;
+  }
+  QByteArray command = "/bin/rm -rf ";
+  if (plain) {
+    command += dir;
+  } else {
+    // Single quotes keep everything literal; a quote itself ends them, is
+    // escaped, and opens them again.
+    command += '\'';
+    for (const char c : dir) command += c == '\'' ? QByteArray("'\\''") : QByteArray(1, c);
+    command += '\'';
+  }
+  return command + file;
+}
+
+QList<QByteArray> indexRemovals(const boxFileSelecter& selector, bool deleteIndex) {
+  // The box the user picked from "Other Boxes" is named by every pattern
+  // built from it: nothing is removed for that row.
+  const int row = selector.appliCombo->currentIndex();
+  if (row == boxFileSelecter::kOtherBoxesRow) return {};
+  QList<QByteArray> commands;
+  if (deleteIndex) commands << removalCommand(selector.boxFilePath("*.idx"));
+  commands << removalCommand(selector.boxFilePath("*.tdx"));
+  // The inbox: its own text indexes, then the mail viewer's, on its medium.
+  if (row == boxFileSelecter::kInboxRow) commands << removalCommand(selector.boxDir(true) + QStringLiteral("vn*.tdx"));
+  return commands;
+}
 
 void Vorn::doGC() {
   const QString path = resolveBoxFile(true);
   if (path.isEmpty()) return;
-  QMessageBox::information(this, tr("Garbage Collection"),
-                           tr("Garbage collection is not available in this build."));
+  if (hasSpace(path) == 0) {
+    QMessageBox::warning(this, tr("Error"), tr("No space in %1 strage.\n").arg(selector.storageName()));
+    return;
+  }
+  result->clear();
+  actionLock lock(this);
+  if (!askYesNo(this, QMessageBox::Warning, tr("Confirm"), tr("Are you sure you want\nto exec garbage?"),
+                QMessageBox::No)) {
+    return;
+  }
+
+  const QByteArray ascii = path.toLatin1();
+  const int rc = guardedGarbageCollect(ascii.constData());
+  if (rc < 0) {
+    if (askYesNo(this, QMessageBox::Critical, tr("Error"),
+                 tr("Garbage collection was failed.\nYou should reboot.\n\nReboot now ?"), QMessageBox::Yes)) {
+      sendRestart();
+    }
+    return;
+  }
+  if (rc > 0) {
+    QMessageBox::warning(this, tr("Error"), tr("Garbage collection was failed."));
+    return;
+  }
+
+  const bool deleteIndex =
+      gcDeleteIndex->isChecked() &&
+      askYesNo(this, QMessageBox::Warning, tr("Confirm"),
+               tr("Are you sure you want\nto delete Index file?\n\nIf you select NO then\ncontiue without "
+                  "deleting\n Index file"),
+               QMessageBox::No);
+  for (const QByteArray& command : indexRemovals(selector, deleteIndex)) gcSystem.shell(command.constData());
+  QMessageBox::information(this, tr("Completed"), tr("garbage collect is completed.\nReboot now."));
+  sendRestart();
 }

@@ -20,6 +20,24 @@ enum {
   BXD_CHECK_UNREADABLE = 0x0010    /* the file could not be opened or mapped */
 };
 
+/* Results of _BoxGarbageCollect other than 0 (collected).  On every one of
+ * them the box file is left exactly as it was. */
+enum {
+  BOX_GC_UNREADABLE = 0x0001,  /* the file could not be opened or mapped */
+  BOX_GC_DAMAGED = 0x0002,     /* damage that collection cannot repair */
+  BOX_GC_WRITE_FAILED = 0x0003,   /* the new box could not be written (disk full, I/O error) */
+  BOX_GC_REPLACE_FAILED = 0x0004  /* the new box could not take the old one's place */
+};
+
+/* Compacts the box file at path: garbage cards are dropped, every other card
+ * keeps its ID, bytes and order; the offset tables and the header totals are
+ * rewritten to match.  Refuses (BOX_GC_DAMAGED) when the analysis reports a
+ * Critical, or an Error other than wrong header totals or wrong offset table
+ * entries, which the collection repairs.  The new box is written beside the
+ * old one, flushed and renamed over it, so a failure at any point leaves the
+ * complete old or the complete new file. */
+int _BoxGarbageCollect(const char* path);
+
 /* Checks the box file at path.  level selects the parts judged, by the bits
  * above (255: every check); the whole analysis runs whatever the level,
  * since the later checks need the earlier ones.  Returns 0 when no selected

@@ -43,20 +43,24 @@ class TempHome {
   QByteArray old_;
 };
 
-// Answers every message box that opens with `answer` and records its
-// caption and text; QMessageBox::Escape answers with the escape key's button.
+// Answers the message boxes that open, in turn, with the given answers (the
+// last one for every further box) and records their captions and texts;
+// QMessageBox::Escape answers with the escape key's button.
 class MessageBoxAnswerer : public QObject {
  public:
   struct Seen {
     QString caption;
     QString text;
   };
-  explicit MessageBoxAnswerer(QMessageBox::StandardButton answer = QMessageBox::Ok) : answer_(answer) {
+  explicit MessageBoxAnswerer(QMessageBox::StandardButton answer = QMessageBox::Ok)
+      : MessageBoxAnswerer(QList<QMessageBox::StandardButton>{answer}) {}
+  explicit MessageBoxAnswerer(QList<QMessageBox::StandardButton> answers) : answers_(answers) {
     connect(&timer_, &QTimer::timeout, this, [this] {
       auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
       if (!box || !box->isVisible()) return;
+      const QMessageBox::StandardButton answer = answers_[std::min<qsizetype>(seen.size(), answers_.size() - 1)];
       seen.append({box->windowTitle(), box->text()});
-      QAbstractButton* button = answer_ == QMessageBox::Escape ? box->escapeButton() : box->button(answer_);
+      QAbstractButton* button = answer == QMessageBox::Escape ? box->escapeButton() : box->button(answer);
       if (button) {
         button->click();
       } else {
@@ -68,7 +72,7 @@ class MessageBoxAnswerer : public QObject {
   QList<Seen> seen;
 
  private:
-  QMessageBox::StandardButton answer_;
+  QList<QMessageBox::StandardButton> answers_;
   QTimer timer_;
 };
 

@@ -1,0 +1,191 @@
+// The garbage collector: compacts a box file in a crash-safe way.
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "engine/box_format.h"
+#include "engine/findings.h"
+#include "platform/boxlib/boxlib.h"
+#include "platform/boxlib/collector_io.h"
+#include "platform/boxlib/silent_analysis.h"
+
+CollectorIo collectorIo = {::write, ::fsync, ::rename};
+
+namespace {
+
+// Offset table errors that collection repairs: wrong entries (0x40000002).
+// A link to a card that is no offset card, a loop, or a run cut off by the
+// end of the file are not repaired.
+constexpr uint32_t kUnrepairableTableBits = 0x4 | 0x8 | 0x10;
+
+bool repairable(const BoxAnalysis& a) {
+  const uint32_t header = a.headerCheck->level;
+  const uint32_t table = a.offsetTable.level;
+  if ((header | a.itemInfo->level | a.chain->level | table) & code::kCritical) return false;
+  // The header's only Errors are its four totals, which are rewritten.
+  if (a.itemInfo->level & code::kError) return false;
+  if (a.chain->level & code::kError) return false;
+  if ((table & code::kError) && (table & kUnrepairableTableBits)) return false;
+  for (const CardRecord& card : a.chain->cards) {
+    if (card.level & (code::kCritical | code::kError)) return false;
+  }
+  // Everything before the first card is copied as it stands.
+  return a.headerCheck->firstCardOffset() <= a.file.size && a.chain->normalCount <= UINT16_MAX;
+}
+
+void putU16(std::vector<uint8_t>& b, size_t at, uint16_t v) {
+  b[at] = static_cast<uint8_t>(v);
+  b[at + 1] = static_cast<uint8_t>(v >> 8);
+}
+
+void putU32(std::vector<uint8_t>& b, size_t at, uint32_t v) {
+  for (int k = 0; k < 4; ++k) b[at + k] = static_cast<uint8_t>(v >> (8 * k));
+}
+
+// The compacted box.  Everything before the first card (header, default
+// table, item info) is copied and then updated; the cards follow in their
+// order without the garbage ones.
+std::vector<uint8_t> compact(const BoxAnalysis& a) {
+  const cardChain& chain = *a.chain;
+  const uint8_t* data = a.file.data;
+  const uint32_t first = a.headerCheck->firstCardOffset();
+  std::vector<uint8_t> out(data, data + first);
+
+  // New offset of every record, UINT32_MAX for the dropped ones.
+  std::vector<uint32_t> moved(chain.cards.size(), UINT32_MAX);
+  bool terminated = false;
+  for (size_t i = 0; i < chain.cards.size(); ++i) {
+    const CardRecord& card = chain.cards[i];
+    if (card.id == box::kGarbageId) continue;
+    const bool terminator = card.id == box::kTerminatorId && i + 1 == chain.cards.size() &&
+                            uint64_t{card.offset} + box::kTerminatorSize == a.file.size;
+    const uint64_t length = terminator ? box::kTerminatorSize : uint64_t{box::kCardHeadSize} + card.size;
+    moved[i] = static_cast<uint32_t>(out.size());
+    out.insert(out.end(), data + card.offset, data + card.offset + length);
+    terminated = terminator;
+  }
+  if (!terminated) out.insert(out.end(), {0xFF, 0xFF});
+
+  // Offset table runs, in the order the analysis walked them: every entry
+  // gets the new offset of the first card with its ID (0 for a free ID),
+  // every link the new place of the next offset card.
+  auto newOffsetOfId = [&](uint16_t id) -> uint32_t {
+    const int32_t found = chain.findById(id);
+    return found < 0 ? 0 : (moved[static_cast<size_t>(found)] == UINT32_MAX ? 0 : moved[static_cast<size_t>(found)]);
+  };
+  const auto& runs = a.offsetTable.segments;
+  for (size_t s = 0; s < runs.size(); ++s) {
+    const OffsetSegment& run = runs[s];
+    // Where the run's entries stand in the new file.
+    uint64_t entries = run.offset;
+    if (s > 0) {
+      const int32_t card = chain.findByOffset(run.offset - box::kCardHeadSize);
+      entries = uint64_t{moved[static_cast<size_t>(card)]} + box::kCardHeadSize;
+    }
+    if (entries + 4 * uint64_t{run.count} + 4 > out.size()) continue;  // not an offset card of its own
+    for (uint32_t j = 0; j < run.count; ++j) {
+      putU32(out, entries + 4 * uint64_t{j}, newOffsetOfId(static_cast<uint16_t>(run.firstId + j)));
+    }
+    uint32_t link = 0;
+    if (s + 1 < runs.size()) {
+      const int32_t next = chain.findByOffset(runs[s + 1].offset - box::kCardHeadSize);
+      link = moved[static_cast<size_t>(next)];
+    }
+    putU32(out, entries + 4 * uint64_t{run.count}, link);
+  }
+
+  putU32(out, box::kGarbageSizeField, 0);
+  putU16(out, box::kDataSizeField, static_cast<uint16_t>(chain.normalCount));
+  putU16(out, box::kLeastNullIdField, chain.leastNullId);
+  putU16(out, box::kMaxIdField, chain.maxId);
+  return out;
+}
+
+std::string directoryOf(const std::string& path) {
+  const size_t slash = path.rfind('/');
+  return slash == std::string::npos ? std::string(".") : path.substr(0, slash == 0 ? 1 : slash);
+}
+
+std::string baseOf(const std::string& path) {
+  const size_t slash = path.rfind('/');
+  return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+// Temporary files of an earlier collection of the same box that did not
+// finish: they hold nothing the box still needs.
+void removeStaleTemporaries(const std::string& dir, const std::string& prefix) {
+  DIR* d = opendir(dir.c_str());
+  if (!d) return;
+  while (const dirent* e = readdir(d)) {
+    if (std::strncmp(e->d_name, prefix.c_str(), prefix.size()) == 0) {
+      unlinkat(dirfd(d), e->d_name, 0);
+    }
+  }
+  closedir(d);
+}
+
+bool writeAll(int fd, const std::vector<uint8_t>& bytes) {
+  size_t done = 0;
+  while (done < bytes.size()) {
+    const size_t piece = std::min(kCollectorWriteChunk, bytes.size() - done);
+    const ssize_t n = collectorIo.write(fd, bytes.data() + done, piece);
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0) return false;
+    done += static_cast<size_t>(n);
+  }
+  return true;
+}
+
+// Writes bytes beside the box, flushes them and renames them over it.
+int replaceBox(const std::string& box, const std::vector<uint8_t>& bytes, const struct stat& st) {
+  const std::string dir = directoryOf(box);
+  const std::string prefix = "." + baseOf(box) + ".vorn-gc.";
+  removeStaleTemporaries(dir, prefix);
+
+  std::string temp = dir + "/" + prefix + "XXXXXX";
+  const int fd = mkostemp(temp.data(), O_CLOEXEC);
+  if (fd < 0) return BOX_GC_WRITE_FAILED;
+  const bool written = fchmod(fd, st.st_mode & 07777) == 0 &&
+                       (fchown(fd, st.st_uid, st.st_gid) == 0 || (errno == EPERM && st.st_uid == geteuid())) &&
+                       writeAll(fd, bytes) && collectorIo.fsync(fd) == 0;
+  if (close(fd) != 0 || !written) {
+    unlink(temp.c_str());
+    return BOX_GC_WRITE_FAILED;
+  }
+  if (collectorIo.rename(temp.c_str(), box.c_str()) != 0) {
+    unlink(temp.c_str());
+    return BOX_GC_REPLACE_FAILED;
+  }
+  // Make the rename itself durable.
+  const int dirFd = open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (dirFd >= 0) {
+    collectorIo.fsync(dirFd);
+    close(dirFd);
+  }
+  return 0;
+}
+
+}  // namespace
+
+extern "C" int _BoxGarbageCollect(const char* path) {
+  if (!path) return BOX_GC_UNREADABLE;
+  // Replace the file itself, not a symbolic link that leads to it.
+  char resolved[PATH_MAX];
+  if (!realpath(path, resolved)) return BOX_GC_UNREADABLE;
+
+  SilentAnalysis check(resolved);
+  if (!check.ran()) return BOX_GC_UNREADABLE;
+  if (!repairable(check.analysis)) return BOX_GC_DAMAGED;
+
+  struct stat st;
+  if (fstat(check.analysis.file.fd, &st) != 0) return BOX_GC_UNREADABLE;
+  return replaceBox(resolved, compact(check.analysis), st);
+}

@@ -1,0 +1,198 @@
+// The box library's garbage collector: what it keeps, what it rewrites, and
+// that the box is never lost whatever goes wrong while it writes.
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "platform/boxlib/boxlib.h"
+#include "platform/boxlib/collector_io.h"
+#include "tests/support/run_vorn.h"
+#include "tools/boxgen/box_builder.h"
+
+using namespace boxtest;
+
+namespace {
+
+Bytes readFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+// An address book of `ids` cards behind one field, a deleted card after
+// every seventh, offset cards as the IDs need, the index card, the terminator.
+BuiltBox bookWithGarbage(unsigned ids) {
+  BoxBuilder b;
+  b.field(1, "NAME", "Name").field(4, "UPDT", "Updated");
+  for (unsigned id = 1; id <= ids; ++id) {
+    b.card(static_cast<uint16_t>(id), {text("Card " + std::to_string(id)), timeValue(103, 1, 2, 3, 4, 5)});
+    if (id % 7 == 0) b.garbage(20 + id % 13);
+    if (id == 450 || id == 590) b.offsetCard();
+  }
+  return b.indexCard({{"NAME", "n.idx"}}).terminator().build();
+}
+
+// The problem finding lines vorn prints for the file.
+std::vector<std::string> problems(const std::string& path) {
+  std::vector<std::string> found;
+  for (const std::string& line : splitLines(runVorn({path}).out)) {
+    if (line.rfind("    ", 0) == 0 && line.size() > 5 && line[4] != ' ' && line[4] != '8') found.push_back(line);
+  }
+  return found;
+}
+
+std::vector<std::string> leftovers(const std::string& dir) {
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(dir)) {
+    if (entry.path().filename().string().find(".vorn-gc.") != std::string::npos) {
+      names.push_back(entry.path().filename());
+    }
+  }
+  return names;
+}
+
+TEST(Collector, DropsGarbageAndKeepsEveryOtherCardInOrder) {
+  const BuiltBox built = bookWithGarbage(700);
+  Bytes before = built.bytes;
+  putU16(before, 52, 3);  // stale totals and entries are repaired
+  putU32(before, 116 + 4 * 20, 0);
+  TempBox box(before);
+  ASSERT_EQ(chmod(box.path().c_str(), 0640), 0);
+
+  ASSERT_EQ(_BoxGarbageCollect(box.path().c_str()), 0);
+  const Bytes after = readFile(box.path());
+
+  // Every non-garbage card, byte for byte, in the same order.
+  Bytes expectedCards;
+  for (size_t k = 0; k + 1 < built.offsets.size(); ++k) {
+    const uint32_t at = built.offsets[k];
+    if (before[at] == 0 && before[at + 1] == 0) continue;  // a garbage card
+    const uint32_t size = getU32(before, at + 2);
+    Bytes card(before.begin() + at, before.begin() + at + 6 + size);
+    if (before[at] == 0xF0 && before[at + 1] == 0xFF) std::fill(card.begin() + 6, card.end(), 0);  // rewritten
+    expectedCards.insert(expectedCards.end(), card.begin(), card.end());
+  }
+  Bytes cards(after.begin() + built.firstCard, after.end() - 2);
+  for (size_t at = 0, k = 0; k + 1 < built.offsets.size(); ++k) {  // blank the rewritten offset cards
+    if (at >= cards.size()) break;
+    const uint32_t size = cards[at + 2] | cards[at + 3] << 8 | cards[at + 4] << 16;
+    if (cards[at] == 0xF0 && cards[at + 1] == 0xFF) std::fill(cards.begin() + at + 6, cards.begin() + at + 6 + size, 0);
+    at += 6 + size;
+  }
+  EXPECT_EQ(cards, expectedCards);
+  EXPECT_EQ(Bytes(after.end() - 2, after.end()), (Bytes{0xFF, 0xFF}));
+  EXPECT_EQ(getU32(after, 48), 0u);
+
+  // The analysis of the result: nothing wrong, and the file keeps its mode.
+  EXPECT_EQ(problems(box.path()), std::vector<std::string>{});
+  struct stat st;
+  ASSERT_EQ(stat(box.path().c_str(), &st), 0);
+  EXPECT_EQ(st.st_mode & 07777, 0640u);
+  EXPECT_TRUE(leftovers(box.dir()).empty());
+}
+
+TEST(Collector, RefusesDamageItCannotRepairAndLeavesTheFileAlone) {
+  const BuiltBox built = bookWithGarbage(40);
+  std::vector<Bytes> damaged(4, built.bytes);
+  putU16(damaged[0], built.offsets[3] + 8, 1);  // a broken card
+  damaged[1][0x848 + 3] = 0;                    // unknown data ID
+  putU32(damaged[2], 16, 0x10);                 // table laid on the header: Critical
+  damaged[3].resize(damaged[3].size() - 30);    // cut short
+  for (const Bytes& bytes : damaged) {
+    TempBox box(bytes);
+    EXPECT_EQ(_BoxGarbageCollect(box.path().c_str()), BOX_GC_DAMAGED);
+    EXPECT_EQ(readFile(box.path()), bytes);
+  }
+  EXPECT_EQ(_BoxGarbageCollect("/nonexistent/KQDATE.BOX"), BOX_GC_UNREADABLE);
+}
+
+TEST(Collector, StaleTemporariesOfAnEarlierCrashAreRemoved) {
+  TempBox box(bookWithGarbage(20).bytes, "KQTODO.BOX");
+  std::ofstream(box.dir() + "/.KQTODO.BOX.vorn-gc.abc123") << "half a box";
+  ASSERT_EQ(_BoxGarbageCollect(box.path().c_str()), 0);
+  EXPECT_TRUE(leftovers(box.dir()).empty());
+}
+
+// Makes the n-th call of one file operation fail.
+int failAt = 0;
+int calls = 0;
+bool failNow() { return ++calls == failAt; }
+ssize_t failingWrite(int fd, const void* b, size_t n) {
+  if (failNow()) return errno = ENOSPC, -1;
+  return ::write(fd, b, n);
+}
+int failingFsync(int fd) { return failNow() ? (errno = EIO, -1) : ::fsync(fd); }
+int failingRename(const char* a, const char* b) { return failNow() ? (errno = EIO, -1) : ::rename(a, b); }
+
+TEST(CollectorCrashSafety, AnyFailingWriteLeavesTheOldBox) {
+  const Bytes old = bookWithGarbage(700).bytes;
+  const size_t writes = (old.size() + kCollectorWriteChunk - 1) / kCollectorWriteChunk;
+  const CollectorIo real = collectorIo;
+  for (int op = 0; op < 3; ++op) {
+    for (failAt = 1; failAt <= (op == 0 ? static_cast<int>(writes) : 1); ++failAt) {
+      calls = 0;
+      collectorIo = real;
+      if (op == 0) collectorIo.write = failingWrite;
+      if (op == 1) collectorIo.fsync = failingFsync;
+      if (op == 2) collectorIo.rename = failingRename;
+      TempBox box(old);
+      EXPECT_NE(_BoxGarbageCollect(box.path().c_str()), 0) << op << " " << failAt;
+      EXPECT_EQ(readFile(box.path()), old);
+      EXPECT_TRUE(leftovers(box.dir()).empty());
+    }
+  }
+  collectorIo = real;
+}
+
+TEST(CollectorCrashSafety, KilledAtAnyMomentLeavesOldOrNewComplete) {
+  const Bytes old = bookWithGarbage(3000).bytes;
+  Bytes collected;
+  {
+    TempBox box(old);
+    ASSERT_EQ(_BoxGarbageCollect(box.path().c_str()), 0);
+    collected = readFile(box.path());
+  }
+  // Kill times spread over twice the time a whole collection takes in a
+  // child, so that kills land before, during and after the rename.
+  auto runChild = [](const std::string& path) {
+    const pid_t child = fork();
+    if (child == 0) _exit(_BoxGarbageCollect(path.c_str()));
+    return child;
+  };
+  std::chrono::microseconds whole{};
+  {
+    TempBox box(old);
+    const auto start = std::chrono::steady_clock::now();
+    waitpid(runChild(box.path()), nullptr, 0);
+    whole = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
+  }
+  constexpr int kAttempts = 40;
+  int sawOld = 0, sawNew = 0;
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    TempBox box(old);
+    const pid_t child = runChild(box.path());
+    usleep(static_cast<useconds_t>(2 * whole.count() * attempt / kAttempts));
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    const Bytes now = readFile(box.path());
+    ASSERT_TRUE(now == old || now == collected) << "attempt " << attempt;
+    (now == old ? sawOld : sawNew)++;
+    // A later collection finishes the job and clears what the killed one left.
+    ASSERT_EQ(_BoxGarbageCollect(box.path().c_str()), 0);
+    EXPECT_EQ(readFile(box.path()), collected);
+    EXPECT_TRUE(leftovers(box.dir()).empty());
+  }
+  std::printf("killed before the rename %d times, after it %d times\n", sawOld, sawNew);
+  EXPECT_GT(sawOld, 0);
+  EXPECT_GT(sawNew, 0);
+}
+
+}  // namespace
