@@ -1,6 +1,7 @@
 #include "engine/card_chain.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 #include "engine/box_format.h"
 #include "engine/card_checks.h"
@@ -158,12 +159,20 @@ int cardChain::walk(uint32_t first, const ItemInfo& fields) {
 
 void cardChain::buildIndexes() {
   firstById_.assign(kIdSpace, -1);
-  firstByOffset_.clear();
-  firstByOffset_.reserve(cards.size());
   for (size_t i = 0; i < cards.size(); ++i) {
-    const auto index = static_cast<int32_t>(i);
-    if (firstById_[cards[i].id] < 0) firstById_[cards[i].id] = index;
-    firstByOffset_.emplace(cards[i].offset, index);  // keeps the first
+    if (firstById_[cards[i].id] < 0) firstById_[cards[i].id] = static_cast<int32_t>(i);
+  }
+  ascending_ = true;
+  for (size_t i = 1; i < cards.size() && ascending_; ++i) ascending_ = cards[i - 1].offset < cards[i].offset;
+  byOffset_.clear();
+  firstAtOffset_.clear();
+  if (ascending_) return;
+  byOffset_.reserve(cards.size());
+  for (size_t i = 0; i < cards.size(); ++i) byOffset_.emplace_back(cards[i].offset, static_cast<int32_t>(i));
+  std::sort(byOffset_.begin(), byOffset_.end());
+  firstAtOffset_.assign(cards.size(), false);
+  for (size_t k = 0; k < byOffset_.size(); ++k) {
+    if (k == 0 || byOffset_[k - 1].first != byOffset_[k].first) firstAtOffset_[static_cast<size_t>(byOffset_[k].second)] = true;
   }
 }
 
@@ -172,8 +181,17 @@ int32_t cardChain::findById(uint16_t id) const {
 }
 
 int32_t cardChain::findByOffset(uint32_t offset) const {
-  const auto found = firstByOffset_.find(offset);
-  return found == firstByOffset_.end() ? -1 : found->second;
+  if (ascending_) {
+    const auto found = std::lower_bound(cards.begin(), cards.end(), offset,
+                                        [](const CardRecord& r, uint32_t o) { return r.offset < o; });
+    return found != cards.end() && found->offset == offset ? static_cast<int32_t>(found - cards.begin()) : -1;
+  }
+  const auto found = std::lower_bound(byOffset_.begin(), byOffset_.end(), std::make_pair(offset, INT32_MIN));
+  return found != byOffset_.end() && found->first == offset ? found->second : -1;
+}
+
+bool cardChain::isFirstAtOffset(int32_t index) const {
+  return ascending_ || firstAtOffset_[static_cast<size_t>(index)];
 }
 
 bool cardChain::census() {
@@ -184,6 +202,7 @@ bool cardChain::census() {
   // ID occurs again at a later position, whatever that card's class.
   std::vector<int64_t> lastById(kIdSpace, -1);
   for (size_t i = 0; i < cards.size(); ++i) lastById[cards[i].id] = static_cast<int64_t>(i);
+
 
   for (uint64_t i = 0; i < n; ++i) {
     // The classic census compares pairs; its progress still counts them.

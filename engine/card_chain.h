@@ -8,7 +8,7 @@
 #pragma once
 
 #include <cstdint>
-#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "engine/byte_view.h"
@@ -32,6 +32,9 @@ class cardChain : public Checker {
   // file offset; -1 when there is none.  Valid once trace() has run.
   int32_t findById(uint16_t id) const;
   int32_t findByOffset(uint32_t offset) const;
+  // True when no earlier record starts where record index does, so that
+  // findByOffset of its offset finds it.
+  bool isFirstAtOffset(int32_t index) const;
 
   // Reads the card head at offset into record.  The offset of the next card,
   // or -1 when the head or the body would run past limit.
@@ -58,6 +61,12 @@ class cardChain : public Checker {
   void buildIndexes();
 
   ByteView file_;
-  std::vector<int32_t> firstById_;                      // 65536 slots, -1 when absent
-  std::unordered_map<uint32_t, int32_t> firstByOffset_;
+  std::vector<int32_t> firstById_;  // 65536 slots, -1 when absent
+  // Records normally stand in strictly ascending file order, and then the
+  // list itself is searched.  After a salvage that went back, byOffset_
+  // holds (offset, index) pairs in that order and firstAtOffset_ marks the
+  // first record of every offset.
+  bool ascending_ = true;
+  std::vector<std::pair<uint32_t, int32_t>> byOffset_;
+  std::vector<bool> firstAtOffset_;
 };

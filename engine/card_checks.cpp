@@ -35,9 +35,30 @@ bool lengthFitsDataId(const ItemInfoEntry& entry, uint32_t length) {
 
 namespace {
 
+// Days from 1970-01-01 to the given date of the proleptic Gregorian calendar.
+int64_t daysFromCivil(int64_t y, unsigned m, unsigned d) {
+  y -= m <= 2;
+  const int64_t era = (y >= 0 ? y : y - 399) / 400;
+  const unsigned yoe = static_cast<unsigned>(y - era * 400);
+  const unsigned doy = (153 * (m + (m > 2 ? -3 : 9)) + 2) / 5 + d - 1;
+  const unsigned doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
+  return era * 146097 + static_cast<int64_t>(doe) - 719468;
+}
+
 // Judges a TIME value as the 32-bit handheld would: mktime must succeed and
 // its result must fit a signed 32-bit time_t.
 bool timeConverts(int year, int month, int day, int hour, int minute, int second) {
+  // The time as UTC, normalised the way mktime normalises its fields.  Local
+  // time is less than three days away from it, so when it lies further than
+  // that from the 32-bit limits and from -1 (mktime's failure value), mktime
+  // succeeds for sure; only the values near those points need the library,
+  // which re-reads the time zone on every call.
+  constexpr int64_t kMargin = 3 * 86400;
+  const int64_t utc = daysFromCivil(1900 + year + month / 12, static_cast<unsigned>(month % 12) + 1, 1) * 86400 +
+                      (day - 1) * int64_t{86400} + hour * int64_t{3600} + minute * int64_t{60} + second;
+  if (utc > INT32_MIN + kMargin && utc < INT32_MAX - kMargin && (utc < -1 - kMargin || utc > -1 + kMargin)) {
+    return true;
+  }
   struct tm t;
   std::memset(&t, 0, sizeof t);
   t.tm_sec = second;
@@ -85,22 +106,25 @@ bool checkItemValue(ByteView file, const ItemInfoEntry& entry, CardRecord& recor
 
 int walkItemLengths(ByteView file, const ItemInfo& fields, CardRecord& record,
                     uint64_t areaStart) {
-  // At most 255 fields; lengths the file does not hold stay 0.
-  std::array<uint32_t, 256> lengths{};
+  // At most 255 fields; lengths the file does not hold count 0.  The arrays
+  // are filled only as far as the field count, once per card.
+  std::array<uint32_t, 256> lengths;
   const int count = fields.count;
   uint64_t pos = areaStart;
   uint32_t dataLength = 0;
-  for (int k = 0; k < count; ++k) {
+  int decoded = 0;
+  for (; decoded < count; ++decoded) {
     uint32_t width = 0;
-    if (!decodeItemLength(file, pos, &lengths[k], &width)) break;
+    if (!decodeItemLength(file, pos, &lengths[decoded], &width)) break;
     pos += width;
-    dataLength += lengths[k];  // wraps like the device's 32-bit sum
+    dataLength += lengths[decoded];  // wraps like the device's 32-bit sum
   }
+  for (int k = decoded; k < count; ++k) lengths[k] = 0;
   record.areaLength = static_cast<uint32_t>(pos - areaStart);
   record.dataLength = dataLength;
 
   // Value positions: the item data begins right behind the area.
-  std::array<uint64_t, 256> valueAt{};
+  std::array<uint64_t, 256> valueAt;
   uint64_t value = pos;
   for (int k = 0; k < count; ++k) {
     valueAt[k] = value;

@@ -129,7 +129,8 @@ uint32_t OffsetTable::checkSegment(const OffsetSegment& segment, const cardChain
     } else if (empty) {
       ++badEntries;
       debugMessage(ja::kEntryNoOffset, value, static_cast<unsigned>(id));
-    } else if (chain.findByOffset(value) != card) {
+    } else if (chain.cards[static_cast<size_t>(card)].offset != value || !chain.isFirstAtOffset(card)) {
+      // The same as findByOffset(value) != card, without the search.
       ++badEntries;
       debugMessage(ja::kEntryOffsetWrong, value, static_cast<unsigned>(id));
     } else {

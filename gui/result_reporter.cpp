@@ -43,7 +43,24 @@ QVariant ResultItem::data(int column, int role) const {
 }
 
 ResultReporter::ResultReporter(QTreeWidget* l, QProgressBar* bar, bool e)
-    : list(l), progressBar(bar), echo(e) {}
+    : list(l), progressBar(bar), echo(e), wasSorting_(l->isSortingEnabled()) {
+  // Items already in the list count, the first of each key in list order.
+  for (int i = 0; i < list->topLevelItemCount(); ++i) {
+    QTreeWidgetItem* item = list->topLevelItem(i);
+    bool number = false;
+    const int key = item->text(VornBase::kKeyColumn).toInt(&number);
+    if (number && QString::number(key) == item->text(VornBase::kKeyColumn) && !items_.contains(key)) {
+      items_.insert(key, item);
+    }
+  }
+  // Sorting every new item in costs a search and a move per item; the list
+  // sorts once at the end instead, stably, so the order is the same.
+  list->setSortingEnabled(false);
+}
+
+ResultReporter::~ResultReporter() {
+  if (wasSorting_) list->setSortingEnabled(true);
+}
 
 void ResultReporter::message(const char* format, va_list args) {
   std::vfprintf(stderr, format, args);
@@ -66,6 +83,7 @@ void ResultReporter::entry(int32_t index, uint32_t offset, uint32_t id, uint32_t
   QTreeWidgetItem* item = findItem(index);
   if (!item) {
     item = new ResultItem(list, {col0, col1, col2, QString::number(index)});
+    items_.insert(index, item);
     if (echo) std::fprintf(stderr, " -- %4d: 0x%06x: 0x%04x, 0x%06x\n", index, offset, id, size);
   } else {
     if (static_cast<int32_t>(offset) > 0) item->setText(0, col0);
@@ -117,11 +135,4 @@ int ResultReporter::progress(int stage, int percent) {
   return 1;
 }
 
-QTreeWidgetItem* ResultReporter::findItem(int index) const {
-  const QString key = QString::number(index);
-  for (int i = 0; i < list->topLevelItemCount(); ++i) {
-    QTreeWidgetItem* item = list->topLevelItem(i);
-    if (item->text(VornBase::kKeyColumn) == key) return item;
-  }
-  return nullptr;
-}
+QTreeWidgetItem* ResultReporter::findItem(int index) const { return items_.value(index, nullptr); }

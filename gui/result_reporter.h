@@ -3,6 +3,7 @@
 // section, one child per finding) and drives the progress bar.
 #pragma once
 
+#include <QHash>
 #include <QTreeWidgetItem>
 
 #include "engine/reporter.h"
@@ -21,8 +22,13 @@ class ResultItem : public QTreeWidgetItem {
 class ResultReporter : public Reporter {
  public:
   // Neither the list nor the bar is owned.  With echo, entries and findings
-  // are copied to standard error as the console prints them.
+  // are copied to standard error as the console prints them.  While the
+  // reporter lives, the list files new items without sorting each one in;
+  // when it is destroyed the list sorts once, as it was set to.
   ResultReporter(QTreeWidget* list, QProgressBar* progressBar, bool echo);
+  ~ResultReporter() override;
+  ResultReporter(const ResultReporter&) = delete;
+  ResultReporter& operator=(const ResultReporter&) = delete;
 
   void message(const char* format, va_list args) override __attribute__((format(printf, 2, 0)));
   void entry(int32_t index, uint32_t offset, uint32_t id, uint32_t size, uint32_t code,
@@ -31,6 +37,7 @@ class ResultReporter : public Reporter {
   int progress(int stage, int percent) override;
 
   // The first top-level item, in the list's order, whose key is index.
+  // Looked up in a hash of the keys: items are only ever added.
   QTreeWidgetItem* findItem(int index) const;
 
   QTreeWidget* list;
@@ -39,4 +46,8 @@ class ResultReporter : public Reporter {
   unsigned calls = 0;
 
   static constexpr int kDetailBuffer = 8192;
+
+ private:
+  QHash<int, QTreeWidgetItem*> items_;
+  bool wasSorting_;
 };

@@ -1,0 +1,57 @@
+// Realistic address book content for generated boxes: ten fields of the
+// handheld's address book (texts, a birthday, flags, a weekday, a category,
+// an update time, a unique ID) and deterministic values for any card ID.
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "tools/boxgen/box_builder.h"
+
+namespace boxtest {
+
+inline const char* const kGiven[] = {"Akira", "Emi", "Hiroshi", "Kaori", "Kenji", "Mika", "Naoki",
+                              "Sachiko", "Takeshi", "Yuko", "Jun", "Rie", "Shin", "Aya"};
+inline const char* const kFamily[] = {"Sato", "Suzuki", "Takahashi", "Tanaka", "Watanabe", "Ito",
+                               "Yamamoto", "Nakamura", "Kobayashi", "Kato", "Yoshida"};
+
+// The address book's fields: texts, a birthday, flags, a weekday and an ID.
+inline BoxBuilder addressFields() {
+  BoxBuilder b;
+  b.field(1, "NAME", "Name")
+      .field(1, "KANA", "Reading")
+      .field(2, "TEL1", "Phone")
+      .field(3, "MAIL", "E-mail")
+      .field(4, "BDAY", "Birthday")
+      .field(6, "FLAG", "Flags", 1)
+      .field(7, "WDAY", "Meeting day")
+      .field(8, "CATG", "Category")
+      .field(4, "UPDT", "Updated", 2)
+      .field(18, "UID ", "Unique ID");
+  return b;
+}
+
+inline std::vector<Bytes> addressValues(unsigned id) {
+  const std::string given = kGiven[id % 14];
+  const std::string family = kFamily[(id * 7) % 11];
+  const std::string name = family + " " + given;
+  char phone[32];
+  std::snprintf(phone, sizeof phone, "03-%04u-%04u", (id * 37) % 10000, (id * 91) % 10000);
+  std::string mail = given + "." + family + "@example.jp";
+  for (char& c : mail) c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+  Bytes uid(4);
+  putU32(uid, 0, 0x10000 + id);
+  return {text(name),
+          text(family),
+          id % 5 == 0 ? Bytes{} : text(phone),
+          text(mail),
+          id % 3 == 0 ? Bytes{} : timeValue(60 + id % 40, id % 12, 1 + id % 28, 0, 0, 0),
+          Bytes{static_cast<uint8_t>(id & 0x0F)},
+          Bytes{static_cast<uint8_t>(id % 7)},
+          Bytes{static_cast<uint8_t>(id % 4), 0},
+          timeValue(103, (id / 30) % 12, 1 + id % 28, id % 24, id % 60, id % 60),
+          uid};
+}
+
+}  // namespace boxtest
