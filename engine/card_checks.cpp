@@ -9,26 +9,6 @@
 #include "engine/findings.h"
 #include "engine/texts_ja.h"
 
-bool decodeItemLength(ByteView file, uint64_t pos, uint32_t* value, uint32_t* width) {
-  if (pos >= file.size()) return false;
-  const uint8_t* p = file.data() + pos;
-  const uint64_t left = file.size() - pos;
-  if (p[0] < 0x80) {
-    *value = p[0];
-    *width = 1;
-  } else if (p[0] < 0xC0) {
-    if (left < 2) return false;
-    *value = (static_cast<uint32_t>(p[0] & 0x7F) << 8) | p[1];
-    *width = 2;
-  } else {
-    if (left < 4) return false;
-    *value = (static_cast<uint32_t>(p[0] & 0x3F) << 24) | (static_cast<uint32_t>(p[1]) << 16) |
-             (static_cast<uint32_t>(p[2]) << 8) | p[3];
-    *width = 4;
-  }
-  return true;
-}
-
 bool lengthFitsDataId(const ItemInfoEntry& entry, uint32_t length) {
   return box::lengthFits(entry.dataId, length);
 }
@@ -138,7 +118,10 @@ int walkItemLengths(ByteView file, const ItemInfo& fields, CardRecord& record,
       ++misfits;
       debugMessage(ja::kItemLengthWrong);
     }
-    checkItemValue(file, entry, record, k, valueAt[k], lengths[k]);
+    // Only TIME and WEEK values are checked; the rest pass unread.
+    if (entry.dataId == box::kTimeDataId || entry.dataId == box::kWeekDataId) {
+      checkItemValue(file, entry, record, k, valueAt[k], lengths[k]);
+    }
   }
   return misfits;
 }

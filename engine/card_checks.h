@@ -11,7 +11,25 @@
 
 // Decodes the encoded length at pos (1, 2 or 4 bytes, big-endian, chosen by
 // the first byte).  False when it does not lie wholly inside file.
-bool decodeItemLength(ByteView file, uint64_t pos, uint32_t* value, uint32_t* width);
+inline bool decodeItemLength(ByteView file, uint64_t pos, uint32_t* value, uint32_t* width) {
+  if (pos >= file.size()) return false;
+  const uint8_t* p = file.data() + pos;
+  const uint64_t left = file.size() - pos;
+  if (p[0] < 0x80) {
+    *value = p[0];
+    *width = 1;
+  } else if (p[0] < 0xC0) {
+    if (left < 2) return false;
+    *value = (static_cast<uint32_t>(p[0] & 0x7F) << 8) | p[1];
+    *width = 2;
+  } else {
+    if (left < 4) return false;
+    *value = (static_cast<uint32_t>(p[0] & 0x3F) << 24) | (static_cast<uint32_t>(p[1]) << 16) |
+             (static_cast<uint32_t>(p[2]) << 8) | p[3];
+    *width = 4;
+  }
+  return true;
+}
 
 bool lengthFitsDataId(const ItemInfoEntry& entry, uint32_t length);
 

@@ -7,8 +7,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <chrono>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -152,7 +150,17 @@ TEST(CollectorCrashSafety, AnyFailingWriteLeavesTheOldBox) {
   collectorIo = real;
 }
 
-TEST(CollectorCrashSafety, KilledAtAnyMomentLeavesOldOrNewComplete) {
+// Kills the process just before its n-th file operation.
+int killAt = 0;
+bool killNow() {
+  if (++calls == killAt) raise(SIGKILL);
+  return false;
+}
+ssize_t killingWrite(int fd, const void* b, size_t n) { return killNow() ? -1 : ::write(fd, b, n); }
+int killingFsync(int fd) { return killNow() ? -1 : ::fsync(fd); }
+int killingRename(const char* a, const char* b) { return killNow() ? -1 : ::rename(a, b); }
+
+TEST(CollectorCrashSafety, KilledAtEveryStepLeavesOldOrNewComplete) {
   const Bytes old = bookWithGarbage(3000).bytes;
   Bytes collected;
   {
@@ -160,39 +168,28 @@ TEST(CollectorCrashSafety, KilledAtAnyMomentLeavesOldOrNewComplete) {
     ASSERT_EQ(_BoxGarbageCollect(box.path().c_str()), 0);
     collected = readFile(box.path());
   }
-  // Kill times spread over twice the time a whole collection takes in a
-  // child, so that kills land before, during and after the rename.
-  auto runChild = [](const std::string& path) {
+  // The steps: the writes of the new box, its flush, the rename, the
+  // directory's flush.  Killed before the rename the old box stays, after
+  // it the new one is there, whole.
+  const int writes = static_cast<int>((collected.size() + kCollectorWriteChunk - 1) / kCollectorWriteChunk);
+  const int renameStep = writes + 2;
+  for (killAt = 1; killAt <= renameStep + 1; ++killAt) {
+    TempBox box(old);
     const pid_t child = fork();
-    if (child == 0) _exit(_BoxGarbageCollect(path.c_str()));
-    return child;
-  };
-  std::chrono::microseconds whole{};
-  {
-    TempBox box(old);
-    const auto start = std::chrono::steady_clock::now();
-    waitpid(runChild(box.path()), nullptr, 0);
-    whole = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
-  }
-  constexpr int kAttempts = 40;
-  int sawOld = 0, sawNew = 0;
-  for (int attempt = 0; attempt < kAttempts; ++attempt) {
-    TempBox box(old);
-    const pid_t child = runChild(box.path());
-    usleep(static_cast<useconds_t>(2 * whole.count() * attempt / kAttempts));
-    kill(child, SIGKILL);
-    waitpid(child, nullptr, 0);
-    const Bytes now = readFile(box.path());
-    ASSERT_TRUE(now == old || now == collected) << "attempt " << attempt;
-    (now == old ? sawOld : sawNew)++;
+    if (child == 0) {
+      calls = 0;
+      collectorIo = {killingWrite, killingFsync, killingRename};
+      _exit(_BoxGarbageCollect(box.path().c_str()));
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << killAt;
+    EXPECT_EQ(readFile(box.path()), killAt <= renameStep ? old : collected) << "killed at step " << killAt;
     // A later collection finishes the job and clears what the killed one left.
     ASSERT_EQ(_BoxGarbageCollect(box.path().c_str()), 0);
     EXPECT_EQ(readFile(box.path()), collected);
     EXPECT_TRUE(leftovers(box.dir()).empty());
   }
-  std::printf("killed before the rename %d times, after it %d times\n", sawOld, sawNew);
-  EXPECT_GT(sawOld, 0);
-  EXPECT_GT(sawNew, 0);
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 # Sourced by the build scripts: makes sure the Debian packages the build
 # needs are installed.  As root it installs what is missing; otherwise it
 # prints the exact apt-get line and stops.
-VORN_PACKAGES="cmake ninja-build g++ libgtest-dev qt6-base-dev"
+VORN_PACKAGES="cmake ninja-build g++ libgtest-dev libbenchmark-dev qt6-base-dev"
 
 vorn_ensure_packages() {
   local missing=""

@@ -54,4 +54,28 @@ inline std::vector<Bytes> addressValues(unsigned id) {
           uid};
 }
 
+// A large address book: see make_bigbox.
+inline BuiltBox bigAddressBook(unsigned cards, bool damage) {
+  BoxBuilder b = addressFields();
+  for (unsigned id = 1; id <= cards; ++id) {
+    b.card(static_cast<uint16_t>(id), addressValues(id));
+    if (id % 97 == 0) b.garbage(24 + id % 40);
+    // One offset card for every 128 IDs past the default table's 500.
+    if (id > 500 && (id - 500) % 128 == 0) b.offsetCard();
+  }
+  if (cards > 500 && (cards - 500) % 128 != 0) b.offsetCard();
+  if (damage) {
+    for (unsigned id = 1000; id <= cards; id += 1000) b.card(static_cast<uint16_t>(id), addressValues(id));
+  }
+  b.indexCard({{"NAME", "kqadrs_name.idx"}, {"KANA", "kqadrs_kana.idx"}}).terminator();
+  BuiltBox box = b.build();
+  if (damage) {
+    for (unsigned id = 50; id + 1 <= 500 && id + 1 <= cards; id += 50) {
+      putU32(box.bytes, 116 + 4 * (id - 1), getU32(box.bytes, 116 + 4 * id));
+    }
+  }
+  return box;
+}
+
+
 }  // namespace boxtest

@@ -22,28 +22,6 @@ namespace {
 
 constexpr unsigned kMaxCards = 0xFEFF;
 
-BuiltBox bigBox(unsigned cards, bool damage) {
-  BoxBuilder b = addressFields();
-  for (unsigned id = 1; id <= cards; ++id) {
-    b.card(static_cast<uint16_t>(id), addressValues(id));
-    if (id % 97 == 0) b.garbage(24 + id % 40);
-    // One offset card for every 128 IDs past the default table's 500.
-    if (id > 500 && (id - 500) % 128 == 0) b.offsetCard();
-  }
-  if (cards > 500 && (cards - 500) % 128 != 0) b.offsetCard();
-  if (damage) {
-    for (unsigned id = 1000; id <= cards; id += 1000) b.card(static_cast<uint16_t>(id), addressValues(id));
-  }
-  b.indexCard({{"NAME", "kqadrs_name.idx"}, {"KANA", "kqadrs_kana.idx"}}).terminator();
-  BuiltBox box = b.build();
-  if (damage) {
-    for (unsigned id = 50; id + 1 <= 500 && id + 1 <= cards; id += 50) {
-      putU32(box.bytes, 116 + 4 * (id - 1), getU32(box.bytes, 116 + 4 * id));
-    }
-  }
-  return box;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -56,7 +34,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "make_bigbox: CARDS must be 1 to %u\n", kMaxCards);
     return 2;
   }
-  const BuiltBox box = bigBox(static_cast<unsigned>(cards), argc == 4);
+  const BuiltBox box = bigAddressBook(static_cast<unsigned>(cards), argc == 4);
   FILE* f = std::fopen(argv[2], "wb");
   if (!f) {
     std::perror(argv[2]);
