@@ -40,6 +40,10 @@ void Vorn::analyze() {
       new QTreeWidgetItem(result, {tr("BOX file name"), QLatin1String(""), path});
     }
     currentReporter = nullptr;
+    if (analysis.file.shrank()) {
+      QMessageBox::warning(this, tr("File error"),
+                           tr("Box file shrank while it was analysed.\n%1\nThe findings end where it was cut.").arg(path));
+    }
   }
   progress->hide();
 }

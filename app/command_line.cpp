@@ -18,5 +18,10 @@ int commandLineAnalysis(const char* path) {
   analysis.run();  // the verdict is not used: the findings are the outcome
   std::fflush(stdout);
   currentReporter = nullptr;
+  if (analysis.file.shrank()) {
+    // The findings printed so far stand; what followed would describe zeros.
+    std::fprintf(stderr, "vorn: %s: the file shrank while it was being analysed\n", path);
+    return 2;
+  }
   return 0;
 }

@@ -3,7 +3,8 @@
 
 // Analyses the box file at path with the console reporter, debug and verbose
 // on.  Returns 0 whatever the findings; 2, with one line on standard error,
-// when the file cannot be opened, inspected or mapped.
+// when the file cannot be opened, inspected or mapped, or shrinks while it
+// is analysed (the findings printed up to then stay).
 int commandLineAnalysis(const char* path);
 
 // The graphical mode's entry, provided by the front end.

@@ -1,5 +1,7 @@
 #include "engine/box_file.h"
 
+#include "engine/mapping_guard.h"
+
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -45,10 +47,16 @@ BoxFile::BoxFile(const char* path) {
     return;
   }
   data = static_cast<const uint8_t*>(mapping);
+  mapping_guard::add(data, size);
 }
+
+bool BoxFile::shrank() const { return data && mapping_guard::lost(data); }
 
 BoxFile::~BoxFile() {
   if (fd < 0) return;
-  if (data) munmap(const_cast<uint8_t*>(data), size);
+  if (data) {
+    mapping_guard::remove(data);
+    munmap(const_cast<uint8_t*>(data), size);
+  }
   close(fd);
 }

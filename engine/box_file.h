@@ -18,6 +18,10 @@ class BoxFile : public Checker {
 
   ByteView view() const { return ByteView(data, size); }
 
+  // True when the file shrank while it was mapped: part of the mapping read
+  // as zeros, and the analysis stopped delivering findings there.
+  bool shrank() const;
+
   uint32_t size = 0;               // file size from fstat
   const uint8_t* data = nullptr;   // the whole file, read-only; null when not mapped
   int fd = -1;                     // negative when the file could not be opened

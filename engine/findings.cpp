@@ -1,6 +1,7 @@
 #include "engine/findings.h"
 
 #include "engine/card_record.h"
+#include "engine/mapping_guard.h"
 #include "engine/reporter.h"
 
 Reporter* currentReporter = nullptr;
@@ -33,7 +34,9 @@ const char* severityName(uint32_t code) {
 
 void vreport(ReportTarget target, int32_t index, uint32_t offset, uint32_t id, uint32_t size,
              uint32_t code, const char* text, const char* format, va_list args) {
-  if (currentReporter) {
+  // A file that shrank under the analysis reads as zeros from there on:
+  // nothing more is delivered about it.
+  if (currentReporter && !mapping_guard::anyLost()) {
     // First gate: card positions without a severity bit need noisy.
     const bool passesFirst = noisy || index < 0 || (code & code::kDeliveryMask) != 0;
     // Second gate: listing lines need verbose.
@@ -77,12 +80,12 @@ void reportProgress(int stage, uint64_t done, uint64_t total) {
   if (lastProgressTime >= now) return;
   uint64_t percent = done * 100 / (total + 1);
   if (percent > 100) percent = 100;
-  if (currentReporter) currentReporter->progress(stage, static_cast<int>(percent));
+  if (currentReporter && !mapping_guard::anyLost()) currentReporter->progress(stage, static_cast<int>(percent));
   lastProgressTime = now;
 }
 
 void debugMessage(const char* format, ...) {
-  if (!debug || !currentReporter) return;
+  if (!debug || !currentReporter || mapping_guard::anyLost()) return;
   va_list args;
   va_start(args, format);
   currentReporter->message(format, args);

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "tools/boxgen/box_builder.h"
+#include "tests/support/hostile_files.h"
 #include "tests/support/run_vorn.h"
 
 using namespace boxtest;
@@ -86,6 +87,21 @@ TEST(BadInput, UnreadableFile) {
   EXPECT_EQ(r.status, 2);
   EXPECT_EQ(r.out, "");
   EXPECT_EQ(r.err, "vorn: " + box.path() + ": Permission denied\n");
+}
+
+TEST(BadInput, HostileFilesGiveFindingsNeverACrash) {
+  for (const HostileFile& file : hostileFiles()) {
+    TempBox box(file.bytes);
+    const RunResult r = runVorn({box.path()}, 10);
+    if (file.bytes.empty()) {
+      EXPECT_EQ(r.status, 2) << file.name;
+      continue;
+    }
+    EXPECT_EQ(r.status, 0) << file.name;
+    EXPECT_EQ(r.err, "") << file.name;
+    // The analysis went through to the offset table's summary.
+    EXPECT_NE(r.out.find(" --   -3: 0x000064: 0xfffffffd"), std::string::npos) << file.name;
+  }
 }
 
 TEST(BadInput, TinyFilesAreAnalysedWithoutReadingPastTheEnd) {

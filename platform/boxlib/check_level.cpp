@@ -5,7 +5,7 @@
 extern "C" int _BXDFileCheckLevel(const char* path, int level) {
   if (!path) return BXD_CHECK_UNREADABLE & level;
   SilentAnalysis check(path);
-  if (!check.ran()) return BXD_CHECK_UNREADABLE & level;
+  if (!check.ran() || check.analysis.file.shrank()) return BXD_CHECK_UNREADABLE & level;
   const BoxAnalysis& analysis = check.analysis;
 
   int failed = 0;

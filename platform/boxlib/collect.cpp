@@ -182,10 +182,13 @@ extern "C" int _BoxGarbageCollect(const char* path) {
   if (!realpath(path, resolved)) return BOX_GC_UNREADABLE;
 
   SilentAnalysis check(resolved);
-  if (!check.ran()) return BOX_GC_UNREADABLE;
+  if (!check.ran() || check.analysis.file.shrank()) return BOX_GC_UNREADABLE;
   if (!repairable(check.analysis)) return BOX_GC_DAMAGED;
 
   struct stat st;
   if (fstat(check.analysis.file.fd, &st) != 0) return BOX_GC_UNREADABLE;
-  return replaceBox(resolved, compact(check.analysis), st);
+  const std::vector<uint8_t> compacted = compact(check.analysis);
+  // A box that shrank while it was copied has zeros in the copy: never write it.
+  if (check.analysis.file.shrank()) return BOX_GC_UNREADABLE;
+  return replaceBox(resolved, compacted, st);
 }

@@ -11,6 +11,9 @@
 #include "platform/boxlib/boxlib.h"
 #include "gui/vorn.h"
 #include "tests/gui/gui_support.h"
+#include "tests/support/hostile_files.h"
+#include "tests/support/shrinker.h"
+#include "tools/boxgen/address_book.h"
 
 using namespace boxtest;
 
@@ -112,6 +115,47 @@ class ActionsTest : public QObject {
     QCOMPARE(ok.seen.size(), 1);
     QCOMPARE(ok.seen[0].text, "Box file cannot be read.\n" + home.boxDir() + "KQDATE.BOX\nEmpty file");
     QCOMPARE(w.result->topLevelItemCount(), 0);
+  }
+
+  void shrinkingBoxKeepsTheRowsAndWarns() {
+    TempHome home;
+    Bytes bytes = bigAddressBook(3000, false).bytes;
+    putU32(bytes, 16, 0x50);
+    const QString path = home.put("KQDATE.BOX", bytes);
+    Vorn w;
+    w.show();
+    MessageBoxAnswerer ok;
+    {
+      Shrinker shrink(path.toStdString(), 200, 8192);
+      QTest::mouseClick(w.anButton, Qt::LeftButton);
+    }
+    QCOMPARE(ok.seen.size(), 1);
+    QCOMPARE(ok.seen[0].caption, QStringLiteral("File error"));
+    QCOMPARE(ok.seen[0].text, "Box file shrank while it was analysed.\n" + path + "\nThe findings end where it was cut.");
+    QCOMPARE(rows(w.result).first(), QStringLiteral("Box header||    48h byte."));
+    QCOMPARE(w.result->topLevelItem(0)->child(0)->text(2), QStringLiteral("Unusual offset of default offset table (0050)."));
+    expectIdle(w);
+  }
+
+  void hostileFilesGiveRowsOrOneWarning() {
+    TempHome home;
+    Vorn w;
+    w.show();
+    w.anVerbose->setChecked(true);
+    w.anNoisy->setChecked(true);
+    w.anDebug->setChecked(true);
+    for (const HostileFile& file : hostileFiles()) {
+      home.put("KQDATE.BOX", file.bytes);
+      MessageBoxAnswerer ok;
+      QTest::mouseClick(w.anButton, Qt::LeftButton);
+      if (file.bytes.empty()) {
+        QCOMPARE(ok.seen.size(), 1);
+      } else {
+        QVERIFY2(ok.seen.isEmpty(), file.name);
+        QVERIFY2(rows(w.result).join(",").contains("Offset table"), file.name);
+      }
+      expectIdle(w);
+    }
   }
 
   void selfCheckShowsTheMaskedCode() {
