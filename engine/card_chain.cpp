@@ -9,6 +9,8 @@
 
 namespace {
 constexpr size_t kIdSpace = 0x10000;
+// From this many records on, the 65536-slot tables pay for themselves.
+constexpr size_t kIdTableThreshold = 4096;
 }
 
 cardChain::cardChain(uint32_t size, const uint8_t* start)
@@ -158,9 +160,22 @@ int cardChain::walk(uint32_t first, const ItemInfo& fields) {
 }
 
 void cardChain::buildIndexes() {
-  firstById_.assign(kIdSpace, -1);
-  for (size_t i = 0; i < cards.size(); ++i) {
-    if (firstById_[cards[i].id] < 0) firstById_[cards[i].id] = static_cast<int32_t>(i);
+  idTables_ = cards.size() >= kIdTableThreshold;
+  firstById_.clear();
+  lastById_.clear();
+  byId_.clear();
+  if (idTables_) {
+    firstById_.assign(kIdSpace, -1);
+    lastById_.assign(kIdSpace, -1);
+    for (size_t i = 0; i < cards.size(); ++i) {
+      const auto index = static_cast<int32_t>(i);
+      if (firstById_[cards[i].id] < 0) firstById_[cards[i].id] = index;
+      lastById_[cards[i].id] = index;
+    }
+  } else {
+    byId_.reserve(cards.size());
+    for (size_t i = 0; i < cards.size(); ++i) byId_.emplace_back(cards[i].id, static_cast<int32_t>(i));
+    std::sort(byId_.begin(), byId_.end());
   }
   ascending_ = true;
   for (size_t i = 1; i < cards.size() && ascending_; ++i) ascending_ = cards[i - 1].offset < cards[i].offset;
@@ -177,7 +192,16 @@ void cardChain::buildIndexes() {
 }
 
 int32_t cardChain::findById(uint16_t id) const {
-  return firstById_.empty() ? -1 : firstById_[id];
+  if (idTables_) return firstById_[id];
+  const auto found = std::lower_bound(byId_.begin(), byId_.end(), std::make_pair(id, INT32_MIN));
+  return found != byId_.end() && found->first == id ? found->second : -1;
+}
+
+bool cardChain::hasLaterDuplicate(size_t index) const {
+  const uint16_t id = cards[index].id;
+  if (idTables_) return lastById_[id] > static_cast<int32_t>(index);
+  const auto at = std::lower_bound(byId_.begin(), byId_.end(), std::make_pair(id, static_cast<int32_t>(index)));
+  return at + 1 != byId_.end() && (at + 1)->first == id;
 }
 
 int32_t cardChain::findByOffset(uint32_t offset) const {
@@ -198,11 +222,6 @@ bool cardChain::census() {
   maxId = 0;
   const uint64_t n = cards.size();
 
-  // Last list position of every ID: a normal card is a duplicate when its
-  // ID occurs again at a later position, whatever that card's class.
-  std::vector<int64_t> lastById(kIdSpace, -1);
-  for (size_t i = 0; i < cards.size(); ++i) lastById[cards[i].id] = static_cast<int64_t>(i);
-
 
   for (uint64_t i = 0; i < n; ++i) {
     // The classic census compares pairs; its progress still counts them.
@@ -217,7 +236,8 @@ bool cardChain::census() {
     } else if (box::isNormalId(record.id)) {
       ++normalCount;
       normalBytes += box::kCardHeadSize + record.size;
-      if (lastById[record.id] > static_cast<int64_t>(i)) {
+      // A duplicate: the ID occurs again later in the list, in any class.
+      if (hasLaterDuplicate(i)) {
         report(record, static_cast<int32_t>(i), UINT32_MAX, record.id, record.size, 0x20000004,
                "Duplicate card ID", " %04x", static_cast<unsigned>(record.id));
         ++duplicates;

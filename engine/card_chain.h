@@ -60,8 +60,18 @@ class cardChain : public Checker {
   bool checkCard(CardRecord& record, const ItemInfo& fields);
   void buildIndexes();
 
+  // Whether record index has a later record with the same ID.
+  bool hasLaterDuplicate(size_t index) const;
+
   ByteView file_;
-  std::vector<int32_t> firstById_;  // 65536 slots, -1 when absent
+  // Look-up by ID: for a long list a table of the first record of every ID
+  // (65536 slots, -1 when absent) and of the last one; for a short list,
+  // where filling those would cost more than the analysis, the (ID, index)
+  // pairs in order.
+  std::vector<int32_t> firstById_;
+  std::vector<int32_t> lastById_;
+  std::vector<std::pair<uint16_t, int32_t>> byId_;
+  bool idTables_ = false;
   // Records normally stand in strictly ascending file order, and then the
   // list itself is searched.  After a salvage that went back, byOffset_
   // holds (offset, index) pairs in that order and firstAtOffset_ marks the

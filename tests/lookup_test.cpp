@@ -2,6 +2,7 @@
 // searches give, on files where list order matters.
 #include <gtest/gtest.h>
 
+#include <map>
 #include <set>
 
 #include "engine/box_analysis.h"
@@ -23,26 +24,26 @@ struct CountingSink : Reporter {
   std::set<int32_t> duplicateAt;
 };
 
-// The plain definitions, by linear search over the list.
-int32_t plainFindById(const cardChain& c, uint16_t id) {
-  for (size_t i = 0; i < c.cards.size(); ++i) if (c.cards[i].id == id) return static_cast<int32_t>(i);
-  return -1;
+// The plain definitions: the first record in list order, found by one
+// forward pass over the list.
+std::map<uint32_t, int32_t> firstInListOrder(const cardChain& c, bool byId) {
+  std::map<uint32_t, int32_t> first;
+  for (size_t i = 0; i < c.cards.size(); ++i) first.emplace(byId ? c.cards[i].id : c.cards[i].offset, static_cast<int32_t>(i));
+  return first;
 }
-int32_t plainFindByOffset(const cardChain& c, uint32_t offset) {
-  for (size_t i = 0; i < c.cards.size(); ++i) if (c.cards[i].offset == offset) return static_cast<int32_t>(i);
-  return -1;
+int32_t lookUp(const std::map<uint32_t, int32_t>& first, uint32_t key) {
+  const auto found = first.find(key);
+  return found == first.end() ? -1 : found->second;
 }
 bool isError(const CardRecord& r) { return r.level & 0xC0000000; }
+// Normal cards whose ID occurs again later in the list (any class).
 std::set<int32_t> plainDuplicates(const cardChain& c) {
   std::set<int32_t> found;
-  for (size_t i = 0; i < c.cards.size(); ++i) {
-    if (isError(c.cards[i]) || c.cards[i].id == 0 || c.cards[i].id > 0xFEFF) continue;
-    for (size_t j = i + 1; j < c.cards.size(); ++j) {
-      if (c.cards[j].id == c.cards[i].id) {
-        found.insert(static_cast<int32_t>(i));
-        break;
-      }
-    }
+  std::set<uint16_t> seenLater;
+  for (size_t i = c.cards.size(); i-- > 0;) {
+    const CardRecord& r = c.cards[i];
+    if (!isError(r) && r.id != 0 && r.id <= 0xFEFF && seenLater.count(r.id)) found.insert(static_cast<int32_t>(i));
+    seenLater.insert(r.id);
   }
   return found;
 }
@@ -75,14 +76,16 @@ bool expectIndexesAgree(const Bytes& bytes) {
   bool backwards = false;
   for (size_t i = 1; i < c.cards.size(); ++i) backwards |= c.cards[i].offset <= c.cards[i - 1].offset;
 
+  const auto byId = firstInListOrder(c, true);
+  const auto byOffset = firstInListOrder(c, false);
   for (uint32_t id = 0; id <= 0xFFFF; ++id) {
-    EXPECT_EQ(c.findById(static_cast<uint16_t>(id)), plainFindById(c, static_cast<uint16_t>(id))) << id;
+    EXPECT_EQ(c.findById(static_cast<uint16_t>(id)), lookUp(byId, id)) << id;
   }
   for (uint32_t offset = 0; offset <= bytes.size(); ++offset) {
-    EXPECT_EQ(c.findByOffset(offset), plainFindByOffset(c, offset)) << offset;
+    EXPECT_EQ(c.findByOffset(offset), lookUp(byOffset, offset)) << offset;
   }
   for (size_t i = 0; i < c.cards.size(); ++i) {
-    EXPECT_EQ(c.isFirstAtOffset(static_cast<int32_t>(i)), plainFindByOffset(c, c.cards[i].offset) == static_cast<int32_t>(i));
+    EXPECT_EQ(c.isFirstAtOffset(static_cast<int32_t>(i)), lookUp(byOffset, c.cards[i].offset) == static_cast<int32_t>(i));
   }
   EXPECT_EQ(sink.duplicateAt, plainDuplicates(c));
   EXPECT_EQ(c.leastNullId, plainLeastNull(c));
@@ -90,21 +93,22 @@ bool expectIndexesAgree(const Bytes& bytes) {
 }
 
 TEST(IndexedLookups, AgreeWithListSearchesOnDuplicatesAndDescendingIds) {
-  // IDs descending (least null needs many passes), duplicates of all
-  // classes in both orders, a card that fails its checks.
+  // Long enough for the ID tables: IDs descending (least null needs many
+  // passes), duplicates of all classes in both orders, a card that fails.
   BoxBuilder b = addressFields();
-  for (unsigned id = 600; id >= 1; --id) b.card(static_cast<uint16_t>(id), addressValues(id));
+  for (unsigned id = 5000; id >= 1; --id) b.card(static_cast<uint16_t>(id), addressValues(id));
   b.card(7, addressValues(7)).card(7, addressValues(8)).garbage(10).card(300, addressValues(300));
   BuiltBox box = b.terminator().build();
-  putU16(box.bytes, box.offsets[100] + 8, 1);  // card 500 fails: an error card, salvaged
+  putU16(box.bytes, box.offsets[4500] + 8, 1);  // card 500 fails: an error card, salvaged
   expectIndexesAgree(box.bytes);
 }
 
 TEST(IndexedLookups, AgreeWhenASalvageReadsARecordAgainAtTheSameOffset) {
-  // A card whose stated item length area is wrong is salvaged as garbage
-  // at its own offset and read again there: two records at one offset.
+  // A short list (searched in ID order): a card whose stated item length
+  // area is wrong is salvaged as garbage at its own offset and read again
+  // there, two records at one offset; IDs repeat.
   BuiltBox box = BoxBuilder().field(1, "NAME", "Name").card(1, {text("Ann")}).card(2, {text("Bob")})
-                     .card(3, {text("Cy")}).terminator().build();
+                     .card(3, {text("Cy")}).card(1, {text("Di")}).card(2, {text("Ed")}).terminator().build();
   putU16(box.bytes, box.offsets[1] + 8, 0);
   EXPECT_TRUE(expectIndexesAgree(box.bytes));
 }
