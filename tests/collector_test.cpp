@@ -99,11 +99,24 @@ TEST(Collector, DropsGarbageAndKeepsEveryOtherCardInOrder) {
 
 TEST(Collector, RefusesDamageItCannotRepairAndLeavesTheFileAlone) {
   const BuiltBox built = bookWithGarbage(40);
-  std::vector<Bytes> damaged(4, built.bytes);
+  std::vector<Bytes> damaged(5, built.bytes);
   putU16(damaged[0], built.offsets[3] + 8, 1);  // a broken card
   damaged[1][0x848 + 3] = 0;                    // unknown data ID
   putU32(damaged[2], 16, 0x10);                 // table laid on the header: Critical
   damaged[3].resize(damaged[3].size() - 30);    // cut short
+  // The item info read from a copy inside a garbage card, behind the first
+  // card: only an unusual offset, but collecting would drop it.
+  {
+    const Bytes itemInfo(built.bytes.begin() + 0x848, built.bytes.begin() + built.firstCard);
+    BoxBuilder b;
+    b.rawItemInfo(itemInfo).rawCard(0, itemInfo).card(1, {text("Ann"), timeValue(103, 1, 2, 3, 4, 5)});
+    const BuiltBox moved = b.indexCard({{"NAME", "n.idx"}}).terminator().build();
+    damaged[4] = moved.bytes;
+    putU32(damaged[4], 8, moved.offsets[0] + 6);
+    const std::vector<std::string> found = problems(TempBox(damaged[4]).path());
+    ASSERT_EQ(found.size(), 1u);
+    EXPECT_NE(found[0].find("20000004 Unusual offset of Item Info."), std::string::npos);
+  }
   for (const Bytes& bytes : damaged) {
     TempBox box(bytes);
     EXPECT_EQ(_BoxGarbageCollect(box.path().c_str()), BOX_GC_DAMAGED);

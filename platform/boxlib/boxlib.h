@@ -33,7 +33,8 @@ enum {
  * keeps its ID, bytes and order; the offset tables and the header totals are
  * rewritten to match.  Refuses (BOX_GC_DAMAGED) when the analysis reports a
  * Critical, or an Error other than wrong header totals or wrong offset table
- * entries, which the collection repairs.  The new box is written beside the
+ * entries, which the collection repairs, or when the item info does not lie
+ * wholly before the first card.  The new box is written beside the
  * old one, flushed and renamed over it, so a failure at any point leaves the
  * complete old or the complete new file. */
 int _BoxGarbageCollect(const char* path);

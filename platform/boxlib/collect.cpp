@@ -37,8 +37,12 @@ bool repairable(const BoxAnalysis& a) {
   for (const CardRecord& card : a.chain->cards) {
     if (card.level & (code::kCritical | code::kError)) return false;
   }
-  // Everything before the first card is copied as it stands.
-  return a.headerCheck->firstCardOffset() <= a.file.size && a.chain->normalCount <= UINT16_MAX;
+  // Everything before the first card is copied as it stands, so that is
+  // where the item info must lie: behind it, it could be inside a garbage
+  // card that the collection drops (its place there is only unusual).
+  const uint64_t first = a.headerCheck->firstCardOffset();
+  const uint64_t itemInfoEnd = uint64_t{a.headerCheck->itemInfoOffset()} + a.headerCheck->itemInfoSize();
+  return first <= a.file.size && itemInfoEnd <= first && a.chain->normalCount <= UINT16_MAX;
 }
 
 void putU16(std::vector<uint8_t>& b, size_t at, uint16_t v) {
