@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "tests/support/euc.h"
-#include "tests/support/run_vorn.h"
+#include "tests/support/output.h"
 #include "tools/boxgen/box_builder.h"
 
 using namespace boxtest;
@@ -15,43 +15,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-// Runs vorn on the bytes.  The trace's first debug line holds the address of
-// the mapping, which changes from run to run; it is reduced to "PTR".
-Lines analyse(const Bytes& bytes) {
-  TempBox box(bytes);
-  const RunResult r = runVorn({box.path()});
-  EXPECT_EQ(r.status, 0);
-  Lines lines = splitLines(r.out);
-  for (std::string& line : lines) {
-    if (line.rfind("cardChain::trace () ", 0) == 0)
-      line = "cardChain::trace () PTR" + line.substr(line.rfind(' '));
-  }
-  return lines;
-}
-
-// From the first line starting with `from` to the first later line starting
-// with `to`, both included.
-Lines section(const Lines& all, const std::string& from, const std::string& to) {
-  Lines out;
-  for (const std::string& line : all) {
-    if (out.empty() && line.rfind(from, 0) != 0) continue;
-    out.push_back(line);
-    if (out.size() > 1 && line.rfind(to, 0) == 0) break;
-  }
-  return out;
-}
-
 Lines traceOf(const Bytes& bytes) { return section(analyse(bytes), "cardChain::trace", "trace end at"); }
-
-// The body of a deleted card.  Its bytes 8..9 of the card (2..3 of the body)
-// are what the salvage reads as the item length area size of the card in
-// front of a broken one; steer() sets them so the scan lands on a chosen card.
-Bytes steeringBody() { return {0, 0, 0, 0, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5}; }
-
-void steer(BuiltBox& box, size_t deleted, size_t target) {
-  putU16(box.bytes, box.offsets[deleted] + 8,
-         static_cast<uint16_t>(box.offsets[target] - box.offsets[deleted]));
-}
 
 Bytes withU16(Bytes bytes, size_t at, uint16_t value) {
   putU16(bytes, at, value);

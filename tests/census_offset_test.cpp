@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "tests/support/euc.h"
-#include "tests/support/run_vorn.h"
+#include "tests/support/output.h"
 #include "tools/boxgen/box_builder.h"
 
 using namespace boxtest;
@@ -18,36 +18,9 @@ using Lines = std::vector<std::string>;
 const std::string kTotals = " --   -1: 0x000064: 0xffffffff, 0x000048";
 const std::string kTable = " --   -3: 0x000000: 0xfffffffd, 0x000000";
 
-Lines analyse(const Bytes& bytes) {
-  TempBox box(bytes);
-  const RunResult r = runVorn({box.path()});
-  EXPECT_EQ(r.status, 0);
-  return splitLines(r.out);
-}
-
-// From the first line starting with `from` to the first later line starting
-// with `to`, both included; to the end when `to` is empty.
-Lines section(const Lines& all, const std::string& from, const std::string& to = "") {
-  Lines out;
-  for (const std::string& line : all) {
-    if (out.empty() && line.rfind(from, 0) != 0) continue;
-    out.push_back(line);
-    if (out.size() > 1 && !to.empty() && line.rfind(to, 0) == 0) break;
-  }
-  return out;
-}
-
 Lines census(const Lines& all) { return section(all, euc("カードの数:   通常:"), " --   -4: 0x000064"); }
 Lines totals(const Lines& all) { return section(all, kTotals, euc("カードの数: ")); }
 Lines offsetTable(const Lines& all) { return section(all, kTable); }
-
-// A deleted card whose bytes 8..9 steer the salvage scan of the card behind
-// it to the element `target`, so a broken card becomes garbage cleanly.
-Bytes steeringBody() { return {0, 0, 0, 0, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5}; }
-void steer(BuiltBox& box, size_t deleted, size_t target) {
-  putU16(box.bytes, box.offsets[deleted] + 8,
-         static_cast<uint16_t>(box.offsets[target] - box.offsets[deleted]));
-}
 
 // A normal card that breaks the size rule by one trailing byte.
 Bytes sizeRuleBroken(const std::string& value) {

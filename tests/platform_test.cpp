@@ -13,21 +13,11 @@
 #include "engine/reporter.h"
 #include "platform/boxlib/boxlib.h"
 #include "platform/qtopia/qcopenvelope.h"
-#include "tools/boxgen/box_builder.h"
+#include "tests/support/output.h"
 
 using namespace boxtest;
 
 namespace {
-
-BuiltBox soundBox() {
-  return BoxBuilder()
-      .field(1, "NAME", "Name")
-      .card(1, {text("Ann")})
-      .card(2, {text("Bob")})
-      .indexCard({{"NAME", "n.idx"}})
-      .terminator()
-      .build();
-}
 
 int check(const Bytes& bytes, int level = 255) {
   TempBox box(bytes);
@@ -35,7 +25,7 @@ int check(const Bytes& bytes, int level = 255) {
 }
 
 TEST(BoxLibraryCheck, CodeSaysWhichPartsFailed) {
-  const BuiltBox sound = soundBox();
+  const BuiltBox sound = smallSoundBox();
   EXPECT_EQ(check(sound.bytes), 0);
 
   Bytes totals = sound.bytes;
@@ -72,7 +62,7 @@ TEST(BoxLibraryCheck, LeavesTheAnalysisStateAsItFoundIt) {
   debug = true;
   noisy = true;
   lastIndex = 42;
-  Bytes broken = soundBox().bytes;
+  Bytes broken = smallSoundBox().bytes;
   putU16(broken, 52, 9);
   EXPECT_NE(check(broken), 0);
   EXPECT_EQ(currentReporter, &sink);

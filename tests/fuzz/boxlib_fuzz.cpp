@@ -8,11 +8,6 @@
 #include "platform/boxlib/boxlib.h"
 #include "tests/fuzz/fuzz_support.h"
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  setenv("TZ", "UTC", 1);
-  return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static const std::string path = fuzz::scratchDir() + "/KQDATE.BOX";
   fuzz::writeFile(path, data, size);
