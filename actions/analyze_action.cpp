@@ -41,8 +41,9 @@ void Vorn::analyze() {
     }
     currentReporter = nullptr;
     if (analysis.file.shrank()) {
-      QMessageBox::warning(this, tr("File error"),
-                           tr("Box file shrank while it was analysed.\n%1\nThe findings end where it was cut.").arg(path));
+      QMessageBox::warning(
+          this, tr("File error"),
+          tr("Box file shrank while it was analysed.\n%1\nThe findings end where it was cut.").arg(path));
     }
   }
   progress->hide();

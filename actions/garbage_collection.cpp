@@ -97,8 +97,8 @@ QByteArray removalCommand(const QString& pattern) {
   const QByteArray file = pattern.mid(slash + 1).toLatin1();
   bool plain = true;
   for (const char c : dir) {
-    const bool ok = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-                    c == '/' || c == '.' || c == '_' || c == '-' || c == '+';
+    const bool ok = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '/' ||
+                    c == '.' || c == '_' || c == '-' || c == '+';
     plain = plain && ok;
   }
   QByteArray command = "/bin/rm -rf ";
@@ -123,7 +123,8 @@ QList<QByteArray> indexRemovals(const boxFileSelecter& selector, bool deleteInde
   if (deleteIndex) commands << removalCommand(selector.boxFilePath("*.idx"));
   commands << removalCommand(selector.boxFilePath("*.tdx"));
   // The inbox: its own text indexes, then the mail viewer's, on its medium.
-  if (row == boxFileSelecter::kInboxRow) commands << removalCommand(selector.boxDir(true) + QStringLiteral("vn*.tdx"));
+  if (row == boxFileSelecter::kInboxRow)
+    commands << removalCommand(selector.boxDir(true) + QStringLiteral("vn*.tdx"));
   return commands;
 }
 
@@ -145,7 +146,8 @@ void Vorn::doGC() {
   const int rc = guardedGarbageCollect(ascii.constData());
   if (rc < 0) {
     if (askYesNo(this, QMessageBox::Critical, tr("Error"),
-                 tr("Garbage collection was failed.\nYou should reboot.\n\nReboot now ?"), QMessageBox::Yes)) {
+                 tr("Garbage collection was failed.\nYou should reboot.\n\nReboot now ?"),
+                 QMessageBox::Yes)) {
       sendRestart();
     }
     return;

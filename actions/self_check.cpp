@@ -13,6 +13,6 @@ void Vorn::selfCheck(const QString& path) {
   const QByteArray latin1 = path.toLatin1();
   // Only the low 16 bits of the library's result count.
   const unsigned code = static_cast<unsigned>(boxCheckFunction(latin1.constData(), kFullCheckLevel)) & 0xFFFF;
-  new QTreeWidgetItem(result, {code == 0 ? tr("No Error") : tr("Error"), QLatin1String(""),
-                               QString::number(code, 10)});
+  new QTreeWidgetItem(
+      result, {code == 0 ? tr("No Error") : tr("Error"), QLatin1String(""), QString::number(code, 10)});
 }

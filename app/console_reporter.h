@@ -7,9 +7,7 @@
 
 class ConsoleReporter : public Reporter {
  public:
-  void message(const char* format, va_list args) override
-      __attribute__((format(printf, 2, 0)));
-  void entry(int32_t index, uint32_t offset, uint32_t id, uint32_t size, uint32_t code,
-             const char* text, const char* format, va_list args) override
-      __attribute__((format(printf, 8, 0)));
+  void message(const char* format, va_list args) override __attribute__((format(printf, 2, 0)));
+  void entry(int32_t index, uint32_t offset, uint32_t id, uint32_t size, uint32_t code, const char* text,
+             const char* format, va_list args) override __attribute__((format(printf, 8, 0)));
 };

@@ -33,7 +33,8 @@ const std::string& boxFile(unsigned cards, bool damage) {
   static std::map<std::pair<unsigned, bool>, std::string> files;
   auto& path = files[{cards, damage}];
   if (path.empty()) {
-    path = "/tmp/vorn-bench-" + std::to_string(getpid()) + "-" + std::to_string(cards) + (damage ? "d" : "") + ".box";
+    path = "/tmp/vorn-bench-" + std::to_string(getpid()) + "-" + std::to_string(cards) + (damage ? "d" : "") +
+           ".box";
     const boxtest::Bytes bytes = boxtest::bigAddressBook(cards, damage).bytes;
     FILE* f = std::fopen(path.c_str(), "wb");
     std::fwrite(bytes.data(), 1, bytes.size(), f);

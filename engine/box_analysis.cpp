@@ -16,19 +16,16 @@ bool BoxAnalysis::run() {
   headerCheck = std::make_unique<HeaderCheck>(bytes);
   headerCheck->check();
 
-  itemInfo = std::make_unique<ItemInfo>(bytes, headerCheck->itemInfoOffset(),
-                                        headerCheck->itemInfoSize());
+  itemInfo = std::make_unique<ItemInfo>(bytes, headerCheck->itemInfoOffset(), headerCheck->itemInfoSize());
 
   chain = std::make_unique<cardChain>(file.size, file.data);
   chain->trace(headerCheck->firstCardOffset(), *itemInfo);
   chain->census();
 
-  headerCheck->checkTotals(chain->garbageBytes, chain->normalCount, chain->leastNullId,
-                           chain->maxId);
+  headerCheck->checkTotals(chain->garbageBytes, chain->normalCount, chain->leastNullId, chain->maxId);
 
   offsetTable.check(file.data, box::kHeaderSize, *chain);
 
-  const uint32_t levels =
-      headerCheck->level | itemInfo->level | chain->level | offsetTable.level;
+  const uint32_t levels = headerCheck->level | itemInfo->level | chain->level | offsetTable.level;
   return levelFails(levels);
 }

@@ -22,8 +22,8 @@ class BoxFile : public Checker {
   // as zeros, and the analysis stopped delivering findings there.
   bool shrank() const;
 
-  uint32_t size = 0;               // file size from fstat
-  const uint8_t* data = nullptr;   // the whole file, read-only; null when not mapped
-  int fd = -1;                     // negative when the file could not be opened
-  std::string problem;             // empty when data is set
+  uint32_t size = 0;              // file size from fstat
+  const uint8_t* data = nullptr;  // the whole file, read-only; null when not mapped
+  int fd = -1;                    // negative when the file could not be opened
+  std::string problem;            // empty when data is set
 };

@@ -13,14 +13,14 @@ namespace box {
 // Box header: signature FF 00 10 31, then the positions of the structures.
 inline constexpr uint32_t kHeaderSize = 72;  // 0x48
 inline constexpr uint8_t kSignature[4] = {0xFF, 0x00, 0x10, 0x31};
-inline constexpr uint32_t kFirstCardField = 4;      // u32
-inline constexpr uint32_t kItemInfoOffsetField = 8; // u32
-inline constexpr uint32_t kItemInfoSizeField = 12;  // u32
-inline constexpr uint32_t kDefaultTableField = 16;  // u32
-inline constexpr uint32_t kGarbageSizeField = 48;   // u32
-inline constexpr uint32_t kDataSizeField = 52;      // u16
-inline constexpr uint32_t kLeastNullIdField = 54;   // u16
-inline constexpr uint32_t kMaxIdField = 56;         // u16
+inline constexpr uint32_t kFirstCardField = 4;       // u32
+inline constexpr uint32_t kItemInfoOffsetField = 8;  // u32
+inline constexpr uint32_t kItemInfoSizeField = 12;   // u32
+inline constexpr uint32_t kDefaultTableField = 16;   // u32
+inline constexpr uint32_t kGarbageSizeField = 48;    // u32
+inline constexpr uint32_t kDataSizeField = 52;       // u16
+inline constexpr uint32_t kLeastNullIdField = 54;    // u16
+inline constexpr uint32_t kMaxIdField = 56;          // u16
 
 // Where a sound file keeps its structures.
 inline constexpr uint32_t kDefaultTableOffset = 0x48;
@@ -69,11 +69,18 @@ inline constexpr uint32_t kUnsetYear = 255;
 // (0 and above 18) have none.
 inline constexpr uint32_t fixedValueLength(uint32_t dataId) {
   switch (dataId) {
-    case 4: return 5;
-    case 6: case 7: case 11: return 1;
-    case 8: return 2;
-    case 18: return 4;
-    default: return 0;
+    case 4:
+      return 5;
+    case 6:
+    case 7:
+    case 11:
+      return 1;
+    case 8:
+      return 2;
+    case 18:
+      return 4;
+    default:
+      return 0;
   }
 }
 

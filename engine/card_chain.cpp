@@ -11,7 +11,7 @@ namespace {
 constexpr size_t kIdSpace = 0x10000;
 // From this many records on, the 65536-slot tables pay for themselves.
 constexpr size_t kIdTableThreshold = 4096;
-}
+}  // namespace
 
 cardChain::cardChain(uint32_t size, const uint8_t* start)
     : fileSize(size), fileStart(start), file_(start, size) {}
@@ -73,8 +73,7 @@ int cardChain::trace(uint32_t first, const ItemInfo& fields) {
 
 int cardChain::walk(uint32_t first, const ItemInfo& fields) {
   const uint32_t limit = fileSize;
-  debugMessage("cardChain::trace () %p %d", static_cast<const void*>(fileStart),
-               static_cast<int>(limit));
+  debugMessage("cardChain::trace () %p %d", static_cast<const void*>(fileStart), static_cast<int>(limit));
 
   // What a salvage does depends only on where the card failed and where its
   // previous card lies; seeing that pair again means the trace would go
@@ -110,8 +109,7 @@ int cardChain::walk(uint32_t first, const ItemInfo& fields) {
     CardRecord& prev = cards[prevIndex];
     const uint32_t prevOffset = prev.offset;
     const uint64_t prevData = uint64_t{prevOffset} + box::kCardAreaOffset +
-                              file_.u16(uint64_t{prevOffset} + box::kCardAreaLengthOffset)
-                                  .value_or(0);
+                              file_.u16(uint64_t{prevOffset} + box::kCardAreaLengthOffset).value_or(0);
     int64_t candidate;
     if (box::isNormalId(prev.id)) {
       candidate = scanForCard(fields, prevData, limit);
@@ -127,8 +125,8 @@ int cardChain::walk(uint32_t first, const ItemInfo& fields) {
     }
 
     if (candidate == 0) {
-      reportAt(*this, kDataChunkSection, 0x40000008, "Data Chunk tracing terminated at",
-               " 0x%06x/0x%06x.", offset, limit);
+      reportAt(*this, kDataChunkSection, 0x40000008, "Data Chunk tracing terminated at", " 0x%06x/0x%06x.",
+               offset, limit);
       return 0;
     }
     debugMessage(" heuristic scan at 0x%06x (0x%06x)", static_cast<unsigned>(candidate), offset);
@@ -187,7 +185,8 @@ void cardChain::buildIndexes() {
   std::sort(byOffset_.begin(), byOffset_.end());
   firstAtOffset_.assign(cards.size(), false);
   for (size_t k = 0; k < byOffset_.size(); ++k) {
-    if (k == 0 || byOffset_[k - 1].first != byOffset_[k].first) firstAtOffset_[static_cast<size_t>(byOffset_[k].second)] = true;
+    if (k == 0 || byOffset_[k - 1].first != byOffset_[k].first)
+      firstAtOffset_[static_cast<size_t>(byOffset_[k].second)] = true;
   }
 }
 
@@ -200,7 +199,8 @@ int32_t cardChain::findById(uint16_t id) const {
 bool cardChain::hasLaterDuplicate(size_t index) const {
   const uint16_t id = cards[index].id;
   if (idTables_) return lastById_[id] > static_cast<int32_t>(index);
-  const auto at = std::lower_bound(byId_.begin(), byId_.end(), std::make_pair(id, static_cast<int32_t>(index)));
+  const auto at =
+      std::lower_bound(byId_.begin(), byId_.end(), std::make_pair(id, static_cast<int32_t>(index)));
   return at + 1 != byId_.end() && (at + 1)->first == id;
 }
 
@@ -221,7 +221,6 @@ bool cardChain::isFirstAtOffset(int32_t index) const {
 bool cardChain::census() {
   maxId = 0;
   const uint64_t n = cards.size();
-
 
   for (uint64_t i = 0; i < n; ++i) {
     // The classic census compares pairs; its progress still counts them.
@@ -245,8 +244,8 @@ bool cardChain::census() {
       maxId = std::max(maxId, record.id);
     } else {
       ++systemCount;
-      systemBytes += record.id == box::kTerminatorId ? box::kTerminatorSize
-                                                     : box::kCardHeadSize + record.size;
+      systemBytes +=
+          record.id == box::kTerminatorId ? box::kTerminatorSize : box::kCardHeadSize + record.size;
     }
   }
 
@@ -271,7 +270,7 @@ bool cardChain::census() {
   if (findById(box::kIndexCardId) < 0) {
     reportAt(*this, kDataChunkSection, 0x20000004, "Reference index card not found.");
   }
-  report(*this, kDataChunkSection, kSummaryOffset, static_cast<uint32_t>(kDataChunkSection),
-         normalBytes, 0, nullptr);
+  report(*this, kDataChunkSection, kSummaryOffset, static_cast<uint32_t>(kDataChunkSection), normalBytes, 0,
+         nullptr);
   return duplicates == 0;
 }

@@ -34,8 +34,9 @@ bool timeConverts(int year, int month, int day, int hour, int minute, int second
   // succeeds for sure; only the values near those points need the library,
   // which re-reads the time zone on every call.
   constexpr int64_t kMargin = 3 * 86400;
-  const int64_t utc = daysFromCivil(1900 + year + month / 12, static_cast<unsigned>(month % 12) + 1, 1) * 86400 +
-                      (day - 1) * int64_t{86400} + hour * int64_t{3600} + minute * int64_t{60} + second;
+  const int64_t utc =
+      daysFromCivil(1900 + year + month / 12, static_cast<unsigned>(month % 12) + 1, 1) * 86400 +
+      (day - 1) * int64_t{86400} + hour * int64_t{3600} + minute * int64_t{60} + second;
   if (utc > INT32_MIN + kMargin && utc < INT32_MAX - kMargin && (utc < -1 - kMargin || utc > -1 + kMargin)) {
     return true;
   }
@@ -48,8 +49,7 @@ bool timeConverts(int year, int month, int day, int hour, int minute, int second
   t.tm_mon = month;
   t.tm_year = year;
   const time_t converted = mktime(&t);
-  return converted != static_cast<time_t>(-1) && converted >= INT32_MIN &&
-         converted <= INT32_MAX;
+  return converted != static_cast<time_t>(-1) && converted >= INT32_MIN && converted <= INT32_MAX;
 }
 
 }  // namespace
@@ -71,8 +71,8 @@ bool checkItemValue(ByteView file, const ItemInfoEntry& entry, CardRecord& recor
     const int month = d[3] & 0x0F;
     if (timeConverts(year, month, day, hour, minute, second)) return true;
     reportHere(record, 0x20000080, "Illegal format of TIME.",
-               " item %2d, data %02x%02x%02x%02x%02x %4d/%2d/%2d %02d:%02d:%02d.", item, d[0],
-               d[1], d[2], d[3], d[4], year, month, day, hour, minute, second);
+               " item %2d, data %02x%02x%02x%02x%02x %4d/%2d/%2d %02d:%02d:%02d.", item, d[0], d[1], d[2],
+               d[3], d[4], year, month, day, hour, minute, second);
     return false;
   }
   if (entry.dataId == box::kWeekDataId) {
@@ -84,8 +84,7 @@ bool checkItemValue(ByteView file, const ItemInfoEntry& entry, CardRecord& recor
   return true;
 }
 
-int walkItemLengths(ByteView file, const ItemInfo& fields, CardRecord& record,
-                    uint64_t areaStart) {
+int walkItemLengths(ByteView file, const ItemInfo& fields, CardRecord& record, uint64_t areaStart) {
   // At most 255 fields; lengths the file does not hold count 0.  The arrays
   // are filled only as far as the field count, once per card.
   std::array<uint32_t, 256> lengths;

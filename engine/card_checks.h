@@ -40,9 +40,8 @@ bool checkItemValue(ByteView file, const ItemInfoEntry& entry, CardRecord& recor
 
 // Decodes the item length area at areaStart and checks every item, last to
 // first.  Sets the record's area and data length; returns the misfit count.
-int walkItemLengths(ByteView file, const ItemInfo& fields, CardRecord& record,
-                    uint64_t areaStart);
+int walkItemLengths(ByteView file, const ItemInfo& fields, CardRecord& record, uint64_t areaStart);
 
 bool checkItems(ByteView file, CardRecord& record, const ItemInfo& fields);  // normal cards
-bool checkOffsetCardSize(CardRecord& record);                               // ID 0xFFF0
-bool dumpIndexCard(ByteView file, CardRecord& record);                      // ID 0xFFF1
+bool checkOffsetCardSize(CardRecord& record);                                // ID 0xFFF0
+bool dumpIndexCard(ByteView file, CardRecord& record);                       // ID 0xFFF1

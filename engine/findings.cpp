@@ -32,8 +32,8 @@ const char* severityName(uint32_t code) {
   return nullptr;
 }
 
-void vreport(ReportTarget target, int32_t index, uint32_t offset, uint32_t id, uint32_t size,
-             uint32_t code, const char* text, const char* format, va_list args) {
+void vreport(ReportTarget target, int32_t index, uint32_t offset, uint32_t id, uint32_t size, uint32_t code,
+             const char* text, const char* format, va_list args) {
   // A file that shrank under the analysis reads as zeros from there on:
   // nothing more is delivered about it.
   if (currentReporter && !mapping_guard::anyLost()) {
@@ -52,16 +52,15 @@ void vreport(ReportTarget target, int32_t index, uint32_t offset, uint32_t id, u
   lastSize = size;
 }
 
-void report(ReportTarget target, int32_t index, uint32_t offset, uint32_t id, uint32_t size,
-            uint32_t code, const char* text, const char* format, ...) {
+void report(ReportTarget target, int32_t index, uint32_t offset, uint32_t id, uint32_t size, uint32_t code,
+            const char* text, const char* format, ...) {
   va_list args;
   va_start(args, format);
   vreport(target, index, offset, id, size, code, text, format, args);
   va_end(args);
 }
 
-void reportAt(ReportTarget target, int32_t index, uint32_t code, const char* text,
-              const char* format, ...) {
+void reportAt(ReportTarget target, int32_t index, uint32_t code, const char* text, const char* format, ...) {
   va_list args;
   va_start(args, format);
   vreport(target, index, lastOffset, lastId, lastSize, code, text, format, args);
@@ -80,7 +79,8 @@ void reportProgress(int stage, uint64_t done, uint64_t total) {
   if (lastProgressTime >= now) return;
   uint64_t percent = done * 100 / (total + 1);
   if (percent > 100) percent = 100;
-  if (currentReporter && !mapping_guard::anyLost()) currentReporter->progress(stage, static_cast<int>(percent));
+  if (currentReporter && !mapping_guard::anyLost())
+    currentReporter->progress(stage, static_cast<int>(percent));
   lastProgressTime = now;
 }
 

@@ -51,7 +51,7 @@ struct Checker {
 class ReportTarget {
  public:
   ReportTarget(Checker& checker) : level_(checker.level) {}  // NOLINT: implicit by design
-  ReportTarget(CardRecord& record);                           // NOLINT
+  ReportTarget(CardRecord& record);                          // NOLINT
   uint32_t& level() const { return level_; }
 
  private:
@@ -70,22 +70,20 @@ extern uint32_t lastId;
 extern uint32_t lastSize;
 extern time_t lastProgressTime;
 
-void vreport(ReportTarget target, int32_t index, uint32_t offset, uint32_t id, uint32_t size,
-             uint32_t code, const char* text, const char* format, va_list args)
-    __attribute__((format(printf, 8, 0)));
+void vreport(ReportTarget target, int32_t index, uint32_t offset, uint32_t id, uint32_t size, uint32_t code,
+             const char* text, const char* format, va_list args) __attribute__((format(printf, 8, 0)));
 
 // All position values given.
-void report(ReportTarget target, int32_t index, uint32_t offset, uint32_t id, uint32_t size,
-            uint32_t code, const char* text, const char* format = nullptr, ...)
-    __attribute__((format(printf, 8, 9)));
+void report(ReportTarget target, int32_t index, uint32_t offset, uint32_t id, uint32_t size, uint32_t code,
+            const char* text, const char* format = nullptr, ...) __attribute__((format(printf, 8, 9)));
 
 // Offset, id and size of the previous report.
 void reportAt(ReportTarget target, int32_t index, uint32_t code, const char* text,
               const char* format = nullptr, ...) __attribute__((format(printf, 5, 6)));
 
 // The whole position of the previous report.
-void reportHere(ReportTarget target, uint32_t code, const char* text,
-                const char* format = nullptr, ...) __attribute__((format(printf, 4, 5)));
+void reportHere(ReportTarget target, uint32_t code, const char* text, const char* format = nullptr, ...)
+    __attribute__((format(printf, 4, 5)));
 
 // Progress of a stage after done of total units; at most one call a second
 // reaches the reporter.

@@ -12,15 +12,14 @@ HeaderCheck::HeaderCheck(ByteView file) : header(file.data()), available_(file.s
 }
 
 uint32_t HeaderCheck::check() {
-  report(*this, kHeaderSection, 0, static_cast<uint32_t>(kHeaderSection), box::kHeaderSize, 0,
-         nullptr);
+  report(*this, kHeaderSection, 0, static_cast<uint32_t>(kHeaderSection), box::kHeaderSize, 0, nullptr);
   if (available_ < box::kHeaderSize) {
-    reportHere(*this, 0x80000010, "Box file header is cut short.", " (%u of %u bytes).",
-               available_, box::kHeaderSize);
+    reportHere(*this, 0x80000010, "Box file header is cut short.", " (%u of %u bytes).", available_,
+               box::kHeaderSize);
   }
 
-  reportHere(*this, 0x08000001, "Box file header", "%02x %02x %02x %02x", header[0], header[1],
-             header[2], header[3]);
+  reportHere(*this, 0x08000001, "Box file header", "%02x %02x %02x %02x", header[0], header[1], header[2],
+             header[3]);
   if (std::memcmp(header, box::kSignature, sizeof box::kSignature) != 0) {
     reportHere(*this, 0x20000001, "Box file header has sick.");
   }
@@ -56,38 +55,38 @@ uint32_t HeaderCheck::check() {
   return level;
 }
 
-uint32_t HeaderCheck::checkTotals(uint32_t garbageSize, uint32_t normalCards,
-                                  uint16_t leastNullId, uint16_t maxId) {
-  report(*this, kHeaderSection, kSummaryOffset, static_cast<uint32_t>(kHeaderSection),
-         box::kHeaderSize, 0, nullptr);
+uint32_t HeaderCheck::checkTotals(uint32_t garbageSize, uint32_t normalCards, uint16_t leastNullId,
+                                  uint16_t maxId) {
+  report(*this, kHeaderSection, kSummaryOffset, static_cast<uint32_t>(kHeaderSection), box::kHeaderSize, 0,
+         nullptr);
 
   // The "is wrong" details print both values as the device's signed ints.
   const uint32_t garbage = totalGarbageSize();
   reportHere(*this, 0x08000004, "Total garbage size", "%6.4xh byte.", garbage);
   if (garbageSize != garbage) {
-    reportHere(*this, 0x40000100, "Total garbage size is wrong", " (%d => %d).",
-               static_cast<int>(garbage), static_cast<int>(garbageSize));
+    reportHere(*this, 0x40000100, "Total garbage size is wrong", " (%d => %d).", static_cast<int>(garbage),
+               static_cast<int>(garbageSize));
   }
 
   const uint32_t data = totalDataSize();
   reportHere(*this, 0x08000005, "Total data size", "%6.4xh byte.", data);
   if (normalCards != data) {
-    reportHere(*this, 0x40000200, "Total data size is wrong", " (%d => %d).",
-               static_cast<int>(data), static_cast<int>(normalCards));
+    reportHere(*this, 0x40000200, "Total data size is wrong", " (%d => %d).", static_cast<int>(data),
+               static_cast<int>(normalCards));
   }
 
   const uint32_t leastNull = leastNullCardId();
   reportHere(*this, 0x08000006, "Least null card ID", "%6xh.", leastNull);
   if (leastNullId != leastNull) {
-    reportHere(*this, 0x40000400, "Least null card ID is wrong", " (%d => %d).",
-               static_cast<int>(leastNull), static_cast<int>(leastNullId));
+    reportHere(*this, 0x40000400, "Least null card ID is wrong", " (%d => %d).", static_cast<int>(leastNull),
+               static_cast<int>(leastNullId));
   }
 
   const uint32_t maximum = maximumCardId();
   reportHere(*this, 0x08000007, "Maximum card ID", "%6xh.", maximum);
   if (maxId != maximum) {
-    reportHere(*this, 0x40000800, "Maximum card ID is wrong", " (%d => %d).",
-               static_cast<int>(maximum), static_cast<int>(maxId));
+    reportHere(*this, 0x40000800, "Maximum card ID is wrong", " (%d => %d).", static_cast<int>(maximum),
+               static_cast<int>(maxId));
   }
 
   // The handheld's long is 32 bits wide: a garbage size above 2^31 prints negative.

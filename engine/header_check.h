@@ -20,8 +20,7 @@ class HeaderCheck : public Checker {
   HeaderCheck& operator=(const HeaderCheck&) = delete;
 
   uint32_t check();
-  uint32_t checkTotals(uint32_t garbageSize, uint32_t normalCards, uint16_t leastNullId,
-                       uint16_t maxId);
+  uint32_t checkTotals(uint32_t garbageSize, uint32_t normalCards, uint16_t leastNullId, uint16_t maxId);
 
   uint32_t firstCardOffset() const { return decodeU32(header + box::kFirstCardField); }
   uint32_t itemInfoOffset() const { return decodeU32(header + box::kItemInfoOffsetField); }
@@ -35,6 +34,6 @@ class HeaderCheck : public Checker {
   const uint8_t* header;  // the 72 header bytes
 
  private:
-  uint32_t available_;                    // header bytes present in the file
+  uint32_t available_;                     // header bytes present in the file
   uint8_t padded_[box::kHeaderSize] = {};  // zero-padded copy of a short header
 };

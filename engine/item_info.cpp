@@ -29,8 +29,7 @@ ItemInfo::ItemInfo(ByteView file, uint32_t offset, uint32_t declaredSize) {
     const uint32_t kept = std::min(nameLength, box::kItemNameCapacity);
     const uint32_t fieldBytes = std::min<uint32_t>(L, box::kItemRecordFixedSize);
     if (!length || !file.contains(static_cast<uint32_t>(p + 2), uint64_t{fieldBytes} + kept)) {
-      reportHere(*this, 0x80000020, "Item Info. runs past the end of the box file.",
-                 " (%dth).", i);
+      reportHere(*this, 0x80000020, "Item Info. runs past the end of the box file.", " (%dth).", i);
       break;
     }
     p += 2;
@@ -47,8 +46,7 @@ ItemInfo::ItemInfo(ByteView file, uint32_t offset, uint32_t declaredSize) {
     reportHere(*this, 0x08000000 + static_cast<uint32_t>(i), "", "[%2d] %2d %2d %s \"%s\"", i,
                static_cast<int>(e.dataId), static_cast<int>(e.attribute), e.tag, e.name);
     if (L < box::kItemRecordFixedSize) {
-      reportHere(*this, 0x40000004, "Item Info. record is too short.", " (%dth %d).", i,
-                 static_cast<int>(L));
+      reportHere(*this, 0x40000004, "Item Info. record is too short.", " (%dth %d).", i, static_cast<int>(L));
     } else if (nameLength > box::kItemNameCapacity) {
       reportHere(*this, 0x20000008, "Item Info. name is too long.", " (%dth %d byte).", i,
                  static_cast<int>(nameLength));
@@ -67,8 +65,8 @@ ItemInfo::ItemInfo(ByteView file, uint32_t offset, uint32_t declaredSize) {
   }
 
   parsedSize = static_cast<uint32_t>(p - start);
-  report(*this, kItemInfoSection, kSummaryOffset, static_cast<uint32_t>(kItemInfoSection),
-         parsedSize, 0, nullptr);
+  report(*this, kItemInfoSection, kSummaryOffset, static_cast<uint32_t>(kItemInfoSection), parsedSize, 0,
+         nullptr);
   debugMessage("Item Info has %d items, %d byte (%d)", count, static_cast<int>(parsedSize),
                static_cast<int>(declaredSize));
 }

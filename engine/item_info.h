@@ -12,8 +12,8 @@
 #include "engine/findings.h"
 
 struct ItemInfoEntry {
-  uint32_t length = 0;     // the record's length field L
-  uint32_t dataId = 0;     // 0 when the record's data ID is unknown
+  uint32_t length = 0;  // the record's length field L
+  uint32_t dataId = 0;  // 0 when the record's data ID is unknown
   uint32_t attribute = 0;
   char tag[box::kItemTagSize + 1] = {};
   char name[box::kItemNameCapacity + 1] = {};

@@ -42,7 +42,8 @@ void onBusError(int signal, siginfo_t* info, void* context) {
     if (slot.start && address >= slot.start && address < slot.start + slot.size) {
       const auto pageSize = static_cast<uintptr_t>(sysconf(_SC_PAGESIZE));
       void* page = reinterpret_cast<void*>(reinterpret_cast<uintptr_t>(address) & ~(pageSize - 1));
-      if (mmap(page, pageSize, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0) == MAP_FAILED) break;
+      if (mmap(page, pageSize, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0) == MAP_FAILED)
+        break;
       slot.lost = 1;
       anyMappingLost = 1;
       return;

@@ -10,8 +10,8 @@ namespace {
 // One step of the walk along the linked runs.
 struct Link {
   enum Kind { kEnd, kNotOffsetCard, kOffsetCard, kLoop } kind = kEnd;
-  uint32_t offset = 0;       // where the link points
-  int32_t record = -1;       // the card found there
+  uint32_t offset = 0;  // where the link points
+  int32_t record = -1;  // the card found there
 };
 
 // Reads the link behind a run and says where it leads.  A link that is not
@@ -48,8 +48,7 @@ constexpr OffsetSegment kDefaultRun{box::kDefaultEntriesOffset, 1, box::kDefault
 
 }  // namespace
 
-bool OffsetTable::check(const uint8_t* fileStart, uint32_t /*regionStart*/,
-                        const cardChain& chain) {
+bool OffsetTable::check(const uint8_t* fileStart, uint32_t /*regionStart*/, const cardChain& chain) {
   // The default table is read at its fixed place, whatever the header says.
   file_ = ByteView(fileStart, chain.fileSize);
 
@@ -96,13 +95,11 @@ bool OffsetTable::check(const uint8_t* fileStart, uint32_t /*regionStart*/,
   }
 
   if (badEntries != 0) {
-    reportHere(*this, 0x40000002, "Offset info card has errors", " (%d).",
-               static_cast<int>(badEntries));
+    reportHere(*this, 0x40000002, "Offset info card has errors", " (%d).", static_cast<int>(badEntries));
   }
-  report(*this, kOffsetTableSection, kSummaryOffset, static_cast<uint32_t>(kOffsetTableSection),
-         goodEntries, 0, nullptr);
-  debugMessage(ja::kOffsetTableCounts, static_cast<int>(goodEntries),
-               static_cast<int>(badEntries));
+  report(*this, kOffsetTableSection, kSummaryOffset, static_cast<uint32_t>(kOffsetTableSection), goodEntries,
+         0, nullptr);
+  debugMessage(ja::kOffsetTableCounts, static_cast<int>(goodEntries), static_cast<int>(badEntries));
   return badEntries == 0;
 }
 
@@ -113,8 +110,8 @@ uint32_t OffsetTable::checkSegment(const OffsetSegment& segment, const cardChain
   if (start < file_.size()) inFile = (file_.size() - start) / 4;
   const uint64_t count = std::min<uint64_t>(segment.count, inFile);
   if (count < segment.count) {
-    reportHere(*this, 0x40000010, "Offset table runs past the end of box file.",
-               " (%u of %u entries).", static_cast<unsigned>(count), segment.count);
+    reportHere(*this, 0x40000010, "Offset table runs past the end of box file.", " (%u of %u entries).",
+               static_cast<unsigned>(count), segment.count);
   }
 
   for (uint64_t j = 0; j < count; ++j) {

@@ -13,14 +13,13 @@ class Reporter {
   virtual ~Reporter();
 
   // One free-form diagnostic (debug) line.
-  virtual void message(const char* format, va_list args)
-      __attribute__((format(printf, 2, 0))) = 0;
+  virtual void message(const char* format, va_list args) __attribute__((format(printf, 2, 0))) = 0;
 
   // One finding, or a position entry when code is 0.  index >= 0 is a card
   // index; -1 header, -2 item info, -3 offset table, -4 data chunks.  text is
   // null only for code 0; format may be null.
-  virtual void entry(int32_t index, uint32_t offset, uint32_t id, uint32_t size,
-                     uint32_t code, const char* text, const char* format, va_list args)
+  virtual void entry(int32_t index, uint32_t offset, uint32_t id, uint32_t size, uint32_t code,
+                     const char* text, const char* format, va_list args)
       __attribute__((format(printf, 8, 0))) = 0;
 
   // Progress of stage 0 (card chain trace), 1 (census) or 2 (offset table).

@@ -28,8 +28,7 @@ QString mainBoxDir() {
 
 }  // namespace
 
-boxFileSelecter::boxFileSelecter(QObject* parent, QComboBox* appli, QComboBox* storage,
-                                 const char* name)
+boxFileSelecter::boxFileSelecter(QObject* parent, QComboBox* appli, QComboBox* storage, const char* name)
     : QObject(parent), appliCombo(appli), storageCombo(storage) {
   if (name) setObjectName(QString::fromLatin1(name));
   for (int row = 0; row < kOtherBoxesRow; ++row) appliCombo->addItem(tr(appTable[row].label));
@@ -78,9 +77,12 @@ void boxFileSelecter::activateAll() {
 
 QString boxFileSelecter::boxDir(bool storageApplies) const {
   switch ((storageApplies ? 1 : 0) * storageCombo->currentIndex()) {
-    case 1: return QStringLiteral("/mnt/card/QtPalmtop/bxd/");
-    case 2: return QStringLiteral("/mnt/cf/QtPalmtop/bxd/");
-    default: return mainBoxDir();
+    case 1:
+      return QStringLiteral("/mnt/card/QtPalmtop/bxd/");
+    case 2:
+      return QStringLiteral("/mnt/cf/QtPalmtop/bxd/");
+    default:
+      return mainBoxDir();
   }
 }
 
@@ -98,8 +100,11 @@ QString boxFileSelecter::boxFilePath(const char* suffix) const {
 
 QString boxFileSelecter::storageName() const {
   switch (currentRow().storageSelectable * storageCombo->currentIndex()) {
-    case 1: return tr("SD");
-    case 2: return tr("CF");
-    default: return tr("Main");
+    case 1:
+      return tr("SD");
+    case 2:
+      return tr("CF");
+    default:
+      return tr("Main");
   }
 }

@@ -12,11 +12,11 @@ class QMenu;
 
 // One application choice.
 struct AppEntry {
-  const char* label;        // the text shown
-  const char* program;      // the owning Qtopia program, or null
-  const char* boxBase;      // base name of its box file, or null
-  char upperSuffix;         // file name suffixes are upper case
-  char storageSelectable;   // the box may live on a memory card
+  const char* label;       // the text shown
+  const char* program;     // the owning Qtopia program, or null
+  const char* boxBase;     // base name of its box file, or null
+  char upperSuffix;        // file name suffixes are upper case
+  char storageSelectable;  // the box may live on a memory card
 };
 
 class boxFileSelecter : public QObject {

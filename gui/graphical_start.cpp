@@ -21,9 +21,10 @@ bool hasDisplay() {
 int graphicalStart(int argc, char** argv) {
   // Without a display the toolkit would abort; say what to do instead.
   if (!hasDisplay()) {
-    std::fputs("vorn: the window needs a display (none is set); "
-               "'vorn FILE' analyses a box file on the command line\n",
-               stderr);
+    std::fputs(
+        "vorn: the window needs a display (none is set); "
+        "'vorn FILE' analyses a box file on the command line\n",
+        stderr);
     return 2;
   }
   QPEApplication application(argc, argv, QPEApplication::GuiClient);

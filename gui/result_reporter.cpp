@@ -25,11 +25,16 @@ QString formatted(const char* format, ...) {
 
 const char* sectionName(int32_t index) {
   switch (index) {
-    case kHeaderSection: return QT_TRANSLATE_NOOP("QObject", "Box header");
-    case kItemInfoSection: return QT_TRANSLATE_NOOP("QObject", "Item info");
-    case kOffsetTableSection: return QT_TRANSLATE_NOOP("QObject", "Offset table");
-    case kDataChunkSection: return QT_TRANSLATE_NOOP("QObject", "Data chunck");
-    default: return nullptr;
+    case kHeaderSection:
+      return QT_TRANSLATE_NOOP("QObject", "Box header");
+    case kItemInfoSection:
+      return QT_TRANSLATE_NOOP("QObject", "Item info");
+    case kOffsetTableSection:
+      return QT_TRANSLATE_NOOP("QObject", "Offset table");
+    case kDataChunkSection:
+      return QT_TRANSLATE_NOOP("QObject", "Data chunck");
+    default:
+      return nullptr;
   }
 }
 
@@ -67,8 +72,8 @@ void ResultReporter::message(const char* format, va_list args) {
   std::fputc('\n', stderr);
 }
 
-void ResultReporter::entry(int32_t index, uint32_t offset, uint32_t id, uint32_t size,
-                           uint32_t code, const char* text, const char* format, va_list args) {
+void ResultReporter::entry(int32_t index, uint32_t offset, uint32_t id, uint32_t size, uint32_t code,
+                           const char* text, const char* format, va_list args) {
   QString col0;
   QString col1 = QLatin1String("");
   QString col2;

@@ -31,9 +31,8 @@ class ResultReporter : public Reporter {
   ResultReporter& operator=(const ResultReporter&) = delete;
 
   void message(const char* format, va_list args) override __attribute__((format(printf, 2, 0)));
-  void entry(int32_t index, uint32_t offset, uint32_t id, uint32_t size, uint32_t code,
-             const char* text, const char* format, va_list args) override
-      __attribute__((format(printf, 8, 0)));
+  void entry(int32_t index, uint32_t offset, uint32_t id, uint32_t size, uint32_t code, const char* text,
+             const char* format, va_list args) override __attribute__((format(printf, 8, 0)));
   int progress(int stage, int percent) override;
 
   // The first top-level item, in the list's order, whose key is index.

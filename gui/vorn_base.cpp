@@ -20,9 +20,7 @@ W* named(W* widget, const char* name) {
   return widget;
 }
 
-void setMargin(QLayout* layout, int margin) {
-  layout->setContentsMargins(margin, margin, margin, margin);
-}
+void setMargin(QLayout* layout, int margin) { layout->setContentsMargins(margin, margin, margin, margin); }
 
 // A combo box as the form wants it: read-only, as wide as the row allows.
 QComboBox* choiceBox(QWidget* parent, const char* name) {

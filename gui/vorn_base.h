@@ -18,8 +18,7 @@ class VornBase : public QWidget {
   Q_OBJECT
 
  public:
-  explicit VornBase(QWidget* parent = nullptr, const char* name = nullptr,
-                    Qt::WindowFlags fl = {});
+  explicit VornBase(QWidget* parent = nullptr, const char* name = nullptr, Qt::WindowFlags fl = {});
   ~VornBase() override;
 
   // Each widget's object name is its member name.

@@ -39,11 +39,16 @@ TEST(CardChainTrace, SoundChainGivesNoFindings) {
 }
 
 TEST(CardChainTrace, MissingTerminator) {
-  const Bytes b =
-      BoxBuilder().field(1, "NAME", "Name").card(1, {text("Alice")}).indexCard({{"ABCD", "name"}}).build().bytes;
-  EXPECT_EQ(traceOf(b), (Lines{"cardChain::trace () PTR 2172", " #   17", " ##  15 41 42 43 44 name",
-                               " --   -4: 0x000865: 0xfff1, 0x000011", "    20000002 No data chunk terminater.",
-                               "trace end at 0x00087c limit = 0x00087c"}));
+  const Bytes b = BoxBuilder()
+                      .field(1, "NAME", "Name")
+                      .card(1, {text("Alice")})
+                      .indexCard({{"ABCD", "name"}})
+                      .build()
+                      .bytes;
+  EXPECT_EQ(traceOf(b),
+            (Lines{"cardChain::trace () PTR 2172", " #   17", " ##  15 41 42 43 44 name",
+                   " --   -4: 0x000865: 0xfff1, 0x000011", "    20000002 No data chunk terminater.",
+                   "trace end at 0x00087c limit = 0x00087c"}));
 }
 
 TEST(CardChainTrace, FirstCardAtTheEndOfTheFileLeavesNoCards) {
@@ -138,23 +143,28 @@ TEST(CardContent, FailedCardsAreReportedAndSalvagedAsGarbage) {
   Bytes tooLong = normalBody({text("Alice")});
   tooLong.push_back(0);
   const Case cases[] = {
-      {1, tooLong,
-       {" --    1: 0x000865: 0x0001, 0x00000b", "    40000002 Data area length and/or Items data length have wrong.",
+      {1,
+       tooLong,
+       {" --    1: 0x000865: 0x0001, 0x00000b",
+        "    40000002 Data area length and/or Items data length have wrong.",
         " heuristic scan at 0x000879 (0x000865)", " --    1: 0x000865: 0x0001, 0x000003",
         "    40000400 Garbage data.", " --   -4: 0x000865: 0x0001, 0x000003",
         "    20000001 Data chunk salvage is invoked.", "trace end at 0x000889 limit = 0x000889"}},
-      {1, withU16(normalBody({text("Alice")}), 2, 2),
+      {1,
+       withU16(normalBody({text("Alice")}), 2, 2),
        {" --    1: 0x000865: 0x0001, 0x00000a", "    40000001 Wrong size for Item data length area.",
         " heuristic scan at 0x000878 (0x000865)", " --    1: 0x000865: 0x0001, 0x000003",
         "    40000400 Garbage data.", " --   -4: 0x000865: 0x0001, 0x000003",
         "    20000001 Data chunk salvage is invoked.", "trace end at 0x000888 limit = 0x000888"}},
-      {0xFFF0, Bytes(0x206, 0),
+      {0xFFF0,
+       Bytes(0x206, 0),
        {" --    1: 0x000865: 0xfff0, 0x000206", "    40000200 Illegal card size.",
         " heuristic scan at 0x000a74 (0x000865)", " --    1: 0x000865: 0xfff0, 0x000003",
         "    40000400 Garbage data.", " --   -4: 0x000865: 0xfff0, 0x000003",
         "    20000001 Data chunk salvage is invoked.", "trace end at 0x000a84 limit = 0x000a84"}},
       // A warning alone fails an offset card.
-      {0xFFF0, Bytes(0x208, 0),
+      {0xFFF0,
+       Bytes(0x208, 0),
        {" --    1: 0x000865: 0xfff0, 0x000208", "    20000010 Unusual card size.",
         " heuristic scan at 0x000a76 (0x000865)", " --    1: 0x000865: 0xfff0, 0x000003",
         "    40000400 Garbage data.", " --   -4: 0x000865: 0xfff0, 0x000003",
@@ -208,7 +218,7 @@ TEST(CardContent, TimeAndWeekValues) {
                       .field(7, "DAY", "Day")
                       .card(1, {text("A"), timeValue(103, 4, 12, 9, 30, 0), {3}})
                       .card(2, {text("B"), timeValue(255, 0, 1, 0, 0, 0), {6}})  // no date set
-                      .card(3, {text("C"), {}, {0}})                              // empty: not checked
+                      .card(3, {text("C"), {}, {0}})                             // empty: not checked
                       .card(4, {text("D"), timeValue(238, 0, 1, 0, 0, 0), {0}})  // 238 - 100: 2038
                       .card(5, {text("E"), timeValue(240, 1, 15, 13, 45, 30), {7}})
                       .card(6, {text("F"), timeValue(69, 11, 31, 23, 59, 59), {6}})  // one second before 1970

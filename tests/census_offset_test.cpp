@@ -53,13 +53,13 @@ TEST(Census, ClassCountsAndHeaderTotals) {
                                 euc("MAXカードID == 0x0001"), euc("先頭無効ID == 0x0003"),
                                 " --   -4: 0x000064: 0xfffffffc, 0x000010"}));
   // The header counted the failed card as a normal one.
-  EXPECT_EQ(totals(out), (Lines{kTotals, kTotals, "    8000004 Total garbage size  0010h byte.", kTotals,
-                                "    8000005 Total data size  0002h byte.", kTotals,
-                                "    40000200 Total data size is wrong (2 => 1).", kTotals,
-                                "    8000006 Least null card ID     3h.", kTotals,
-                                "    8000007 Maximum card ID     2h.", kTotals,
-                                "    40000800 Maximum card ID is wrong (2 => 1).",
-                                euc("カードの数:      2, ゴミサイズ:    16, MAXカードID == 0x0002")}));
+  EXPECT_EQ(totals(out),
+            (Lines{kTotals, kTotals, "    8000004 Total garbage size  0010h byte.", kTotals,
+                   "    8000005 Total data size  0002h byte.", kTotals,
+                   "    40000200 Total data size is wrong (2 => 1).", kTotals,
+                   "    8000006 Least null card ID     3h.", kTotals, "    8000007 Maximum card ID     2h.",
+                   kTotals, "    40000800 Maximum card ID is wrong (2 => 1).",
+                   euc("カードの数:      2, ゴミサイズ:    16, MAXカードID == 0x0002")}));
 }
 
 TEST(Census, DuplicateIds) {
@@ -133,16 +133,15 @@ TEST(Census, AllFourHeaderTotalsWrong) {
   putU16(b, 52, 0x0102);
   putU16(b, 54, 0x10);
   putU16(b, 56, 0x200);
-  EXPECT_EQ(totals(analyse(b)),
-            (Lines{kTotals, kTotals, "    8000004 Total garbage size  0005h byte.", kTotals,
-                   "    40000100 Total garbage size is wrong (5 => 0).", kTotals,
-                   "    8000005 Total data size  0102h byte.", kTotals,
-                   "    40000200 Total data size is wrong (258 => 300).", kTotals,
-                   "    8000006 Least null card ID    10h.", kTotals,
-                   "    40000400 Least null card ID is wrong (16 => 301).", kTotals,
-                   "    8000007 Maximum card ID   200h.", kTotals,
-                   "    40000800 Maximum card ID is wrong (512 => 300).",
-                   euc("カードの数:    258, ゴミサイズ:     5, MAXカードID == 0x0200")}));
+  EXPECT_EQ(totals(analyse(b)), (Lines{kTotals, kTotals, "    8000004 Total garbage size  0005h byte.",
+                                       kTotals, "    40000100 Total garbage size is wrong (5 => 0).", kTotals,
+                                       "    8000005 Total data size  0102h byte.", kTotals,
+                                       "    40000200 Total data size is wrong (258 => 300).", kTotals,
+                                       "    8000006 Least null card ID    10h.", kTotals,
+                                       "    40000400 Least null card ID is wrong (16 => 301).", kTotals,
+                                       "    8000007 Maximum card ID   200h.", kTotals,
+                                       "    40000800 Maximum card ID is wrong (512 => 300).",
+                                       euc("カードの数:    258, ゴミサイズ:     5, MAXカードID == 0x0200")}));
 }
 
 TEST(OffsetTable, EntriesAndALinkToANormalCard) {
@@ -157,21 +156,21 @@ TEST(OffsetTable, EntriesAndALinkToANormalCard) {
                      .terminator()
                      .build();
   const auto entry = [&](uint32_t id, uint32_t value) { putU32(box.bytes, 116 + 4 * (id - 1), value); };
-  entry(2, 0);                  // card 2 exists: no offset information
-  entry(3, box.offsets[0]);     // card 1's offset: wrong
-  entry(4, 0xFFFFFFFF);         // free ID, no offset: counts nowhere
-  entry(5, box.offsets[4]);     // the second card 5: only the first matches
-  entry(9, box.offsets[5]);     // no card 9
+  entry(2, 0);                              // card 2 exists: no offset information
+  entry(3, box.offsets[0]);                 // card 1's offset: wrong
+  entry(4, 0xFFFFFFFF);                     // free ID, no offset: counts nowhere
+  entry(5, box.offsets[4]);                 // the second card 5: only the first matches
+  entry(9, box.offsets[5]);                 // no card 9
   putU32(box.bytes, 2116, box.offsets[5]);  // link to normal card 7
-  EXPECT_EQ(offsetTable(analyse(box.bytes)),
-            (Lines{kTable, kTable, "    8000001 at 0x000074 [   1 -  500]",
-                   euc(" -- 0x000000 0x0002: オフセット情報がない."),
-                   euc(" -- 0x000855 0x0003: オフセット情報間違い."),
-                   euc(" -- 0x000885 0x0005: オフセット情報間違い."),
-                   euc(" -- 0x000891 0x0009: カードは見つからない."), kTable,
-                   "    40000004 Offset data refer no offset card.", kTable,
-                   "    40000002 Offset info card has errors (4).", " --   -3: 0x000064: 0xfffffffd, 0x000002",
-                   euc("カードの数:   通常:     2, エラー:     4")}));
+  EXPECT_EQ(offsetTable(analyse(box.bytes)), (Lines{kTable, kTable, "    8000001 at 0x000074 [   1 -  500]",
+                                                    euc(" -- 0x000000 0x0002: オフセット情報がない."),
+                                                    euc(" -- 0x000855 0x0003: オフセット情報間違い."),
+                                                    euc(" -- 0x000885 0x0005: オフセット情報間違い."),
+                                                    euc(" -- 0x000891 0x0009: カードは見つからない."), kTable,
+                                                    "    40000004 Offset data refer no offset card.", kTable,
+                                                    "    40000002 Offset info card has errors (4).",
+                                                    " --   -3: 0x000064: 0xfffffffd, 0x000002",
+                                                    euc("カードの数:   通常:     2, エラー:     4")}));
 }
 
 TEST(OffsetTable, OversizedOffsetCardHoldsAnExtraEntry) {
@@ -190,8 +189,9 @@ TEST(OffsetTable, OversizedOffsetCardHoldsAnExtraEntry) {
   putU32(box.bytes, box.offsets[1] + 6 + 4 * 128, box.offsets[3]);  // entry 129: card 629
   EXPECT_EQ(offsetTable(analyse(box.bytes)),
             (Lines{kTable, kTable, "    8000001 at 0x000074 [   1 -  500]", kTable,
-                   "    20000001 Offset card size != 0x204 (0x208)", kTable, "    80001f5 at 0x00086b [ 501 -  629]",
-                   " --   -3: 0x000064: 0xfffffffd, 0x000001", euc("カードの数:   通常:     1, エラー:     0")}));
+                   "    20000001 Offset card size != 0x204 (0x208)", kTable,
+                   "    80001f5 at 0x00086b [ 501 -  629]", " --   -3: 0x000064: 0xfffffffd, 0x000001",
+                   euc("カードの数:   通常:     1, エラー:     0")}));
 }
 
 TEST(OffsetTable, ChainOfOffsetCardsLinkingBack) {
@@ -204,11 +204,12 @@ TEST(OffsetTable, ChainOfOffsetCardsLinkingBack) {
                      .terminator()
                      .build();
   putU32(box.bytes, box.offsets[2] + 6 + 4 * 128, box.offsets[1]);  // second card links to the first
-  EXPECT_EQ(offsetTable(analyse(box.bytes)),
-            (Lines{kTable, kTable, "    8000001 at 0x000074 [   1 -  500]", kTable,
-                   "    80001f5 at 0x000867 [ 501 -  628]", kTable, "    8000275 at 0x000a71 [ 629 -  756]", kTable,
-                   "    40000008 Offset card link loops back. (0x000861).", " --   -3: 0x000064: 0xfffffffd, 0x000002",
-                   euc("カードの数:   通常:     2, エラー:     0")}));
+  EXPECT_EQ(
+      offsetTable(analyse(box.bytes)),
+      (Lines{kTable, kTable, "    8000001 at 0x000074 [   1 -  500]", kTable,
+             "    80001f5 at 0x000867 [ 501 -  628]", kTable, "    8000275 at 0x000a71 [ 629 -  756]", kTable,
+             "    40000008 Offset card link loops back. (0x000861).",
+             " --   -3: 0x000064: 0xfffffffd, 0x000002", euc("カードの数:   通常:     2, エラー:     0")}));
 }
 
 TEST(OffsetTable, OffsetCardTooSmallForEntries) {
@@ -225,8 +226,9 @@ TEST(OffsetTable, OffsetCardTooSmallForEntries) {
   putU32(box.bytes, 2116, box.offsets[1]);
   EXPECT_EQ(offsetTable(analyse(box.bytes)),
             (Lines{kTable, kTable, "    8000001 at 0x000074 [   1 -  500]", kTable,
-                   "    20000001 Offset card size != 0x204 (0x000)", kTable, "    80001f5 at 0x00086b [ 501 -  500]",
-                   " --   -3: 0x000064: 0xfffffffd, 0x000001", euc("カードの数:   通常:     1, エラー:     0")}));
+                   "    20000001 Offset card size != 0x204 (0x000)", kTable,
+                   "    80001f5 at 0x00086b [ 501 -  500]", " --   -3: 0x000064: 0xfffffffd, 0x000001",
+                   euc("カードの数:   通常:     1, エラー:     0")}));
 }
 
 TEST(OffsetTable, RunPastTheEndOfTheFile) {
@@ -240,13 +242,14 @@ TEST(OffsetTable, RunPastTheEndOfTheFile) {
   const uint32_t entries = box.offsets[2] + 6;
   putU32(box.bytes, entries + 4, box.offsets[0]);  // entry 502: no such card
   box.bytes.resize(entries + 100);
-  EXPECT_EQ(offsetTable(analyse(box.bytes)),
-            (Lines{kTable, kTable, "    8000001 at 0x000074 [   1 -  500]", kTable,
-                   "    80001f5 at 0x000882 [ 501 -  628]", kTable,
-                   "    40000010 Offset table runs past the end of box file. (25 of 128 entries).",
-                   euc(" -- 0x000855 0x01f6: カードは見つからない."), kTable,
-                   "    40000002 Offset info card has errors (1).", " --   -3: 0x000064: 0xfffffffd, 0x000001",
-                   euc("カードの数:   通常:     1, エラー:     1")}));
+  EXPECT_EQ(
+      offsetTable(analyse(box.bytes)),
+      (Lines{kTable, kTable, "    8000001 at 0x000074 [   1 -  500]", kTable,
+             "    80001f5 at 0x000882 [ 501 -  628]", kTable,
+             "    40000010 Offset table runs past the end of box file. (25 of 128 entries).",
+             euc(" -- 0x000855 0x01f6: カードは見つからない."), kTable,
+             "    40000002 Offset info card has errors (1).", " --   -3: 0x000064: 0xfffffffd, 0x000001",
+             euc("カードの数:   通常:     1, エラー:     1")}));
 }
 
 }  // namespace

@@ -42,7 +42,8 @@ BuiltBox bookWithGarbage(unsigned ids) {
 std::vector<std::string> problems(const std::string& path) {
   std::vector<std::string> found;
   for (const std::string& line : splitLines(runVorn({path}).out)) {
-    if (line.rfind("    ", 0) == 0 && line.size() > 5 && line[4] != ' ' && line[4] != '8') found.push_back(line);
+    if (line.rfind("    ", 0) == 0 && line.size() > 5 && line[4] != ' ' && line[4] != '8')
+      found.push_back(line);
   }
   return found;
 }
@@ -75,14 +76,16 @@ TEST(Collector, DropsGarbageAndKeepsEveryOtherCardInOrder) {
     if (before[at] == 0 && before[at + 1] == 0) continue;  // a garbage card
     const uint32_t size = getU32(before, at + 2);
     Bytes card(before.begin() + at, before.begin() + at + 6 + size);
-    if (before[at] == 0xF0 && before[at + 1] == 0xFF) std::fill(card.begin() + 6, card.end(), 0);  // rewritten
+    if (before[at] == 0xF0 && before[at + 1] == 0xFF)
+      std::fill(card.begin() + 6, card.end(), 0);  // rewritten
     expectedCards.insert(expectedCards.end(), card.begin(), card.end());
   }
   Bytes cards(after.begin() + built.firstCard, after.end() - 2);
   for (size_t at = 0, k = 0; k + 1 < built.offsets.size(); ++k) {  // blank the rewritten offset cards
     if (at >= cards.size()) break;
     const uint32_t size = cards[at + 2] | cards[at + 3] << 8 | cards[at + 4] << 16;
-    if (cards[at] == 0xF0 && cards[at + 1] == 0xFF) std::fill(cards.begin() + at + 6, cards.begin() + at + 6 + size, 0);
+    if (cards[at] == 0xF0 && cards[at + 1] == 0xFF)
+      std::fill(cards.begin() + at + 6, cards.begin() + at + 6 + size, 0);
     at += 6 + size;
   }
   EXPECT_EQ(cards, expectedCards);

@@ -7,9 +7,9 @@
 #include <cstdio>
 #include <string>
 
-#include "tools/boxgen/box_builder.h"
 #include "tests/support/hostile_files.h"
 #include "tests/support/run_vorn.h"
+#include "tools/boxgen/box_builder.h"
 
 using namespace boxtest;
 
@@ -106,7 +106,12 @@ TEST(BadInput, HostileFilesGiveFindingsNeverACrash) {
 
 TEST(BadInput, TinyFilesAreAnalysedWithoutReadingPastTheEnd) {
   for (size_t size : {1u, 2u, 71u, 72u, 2119u}) {
-    Bytes b = BoxBuilder().field(4, "TIME", "t").card(1, {timeValue(100, 1, 1, 0, 0, 0)}).terminator().build().bytes;
+    Bytes b = BoxBuilder()
+                  .field(4, "TIME", "t")
+                  .card(1, {timeValue(100, 1, 1, 0, 0, 0)})
+                  .terminator()
+                  .build()
+                  .bytes;
     b.resize(size);
     TempBox box(b);
     const RunResult r = runVorn({box.path()});

@@ -25,8 +25,8 @@ class RecordingReporter : public Reporter {
     vsnprintf(buf, sizeof buf, format, args);
     messages.emplace_back(buf);
   }
-  void entry(int32_t index, uint32_t offset, uint32_t id, uint32_t size, uint32_t code,
-             const char* text, const char* format, va_list args) override {
+  void entry(int32_t index, uint32_t offset, uint32_t id, uint32_t size, uint32_t code, const char* text,
+             const char* format, va_list args) override {
     char buf[512] = "";
     if (format) vsnprintf(buf, sizeof buf, format, args);
     entries.push_back({index, offset, id, size, code, text ? text : "", buf});

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "tools/boxgen/box_builder.h"
 #include "tests/support/euc.h"
 #include "tests/support/output.h"
+#include "tools/boxgen/box_builder.h"
 
 using namespace boxtest;
 
@@ -71,15 +71,13 @@ Lines headerWith(std::initializer_list<std::pair<size_t, uint32_t>> fields) {
   return headerSection(b);
 }
 
-
 TEST(HeaderCheck, SignatureAndDefaultTablePlacement) {
   Bytes b = smallSoundBox().bytes;
   b[3] = 0x30;
-  EXPECT_EQ(headerSection(b),
-            (Lines{kHeaderStart, kHeaderStart, "    8000001 Box file headerff 00 10 30", kHeaderStart,
-                   "    20000001 Box file header has sick.", kHeaderStart,
-                   "    8000002 Default offset tableat  48h", kHeaderStart,
-                   "    8000003 Item Infos.at 848h    dh byte."}));
+  EXPECT_EQ(headerSection(b), (Lines{kHeaderStart, kHeaderStart, "    8000001 Box file headerff 00 10 30",
+                                     kHeaderStart, "    20000001 Box file header has sick.", kHeaderStart,
+                                     "    8000002 Default offset tableat  48h", kHeaderStart,
+                                     "    8000003 Item Infos.at 848h    dh byte."}));
 
   const Lines laidOn = headerWith({{16, 0x47}});
   EXPECT_EQ(laidOn[4], "    8000002 Default offset tableat  47h");
@@ -99,7 +97,8 @@ TEST(HeaderCheck, ItemInfoAndFirstCardPlacement) {
   // Item info size 0x100: the first card belongs at 0x948.
   EXPECT_EQ(headerWith({{12, 0x100}, {4, 0x948}}).size(), 7u);
   EXPECT_EQ(headerWith({{12, 0x100}, {4, 0x947}}).back(), "    80000008 First card is laid on Item Info.");
-  EXPECT_EQ(headerWith({{12, 0x100}, {4, 0x950}}).back(), "    20000008 Unusual offset of first card (0950).");
+  EXPECT_EQ(headerWith({{12, 0x100}, {4, 0x950}}).back(),
+            "    20000008 Unusual offset of first card (0950).");
   // 0x848 + size wraps past 2^32: the sound place is small, so it is only unusual.
   EXPECT_EQ(headerWith({{12, 0xFFFFF800}, {4, 0x855}}).back(),
             "    20000008 Unusual offset of first card (0855).");
@@ -117,9 +116,9 @@ TEST(HeaderCheck, ShortFileReadsMissingHeaderBytesAsZero) {
   EXPECT_EQ(header.back(), "    20000008 Unusual offset of first card (0855).");
   // The item info would lie at offset 0x848, far behind the end.
   const Lines items = sectionUntil(out, kItemStart, "cardChain::");
-  EXPECT_EQ(items, (Lines{kItemStart, kItemStart,
-                          "    80000010 Item Info. lies outside the box file. (0848).",
-                          " --   -2: 0x000064: 0xfffffffe, 0x000000", "Item Info has 0 items, 0 byte (0)"}));
+  EXPECT_EQ(items,
+            (Lines{kItemStart, kItemStart, "    80000010 Item Info. lies outside the box file. (0848).",
+                   " --   -2: 0x000064: 0xfffffffe, 0x000000", "Item Info has 0 items, 0 byte (0)"}));
 }
 
 // Item info sections.  The record bytes are written by hand here.
@@ -145,9 +144,9 @@ Bytes join(std::initializer_list<Bytes> parts) {
 }
 
 TEST(ItemInfoCheck, EmptyTableAndExactEnd) {
-  EXPECT_EQ(itemSection(boxWithItemInfo({0}, 1)),
-            (Lines{kItemStart, " --   -2: 0x000064: 0xfffffffe, 0x000001",
-                   "Item Info has 0 items, 1 byte (1)"}));
+  EXPECT_EQ(
+      itemSection(boxWithItemInfo({0}, 1)),
+      (Lines{kItemStart, " --   -2: 0x000064: 0xfffffffe, 0x000001", "Item Info has 0 items, 1 byte (1)"}));
   // Two records ending exactly at the declared size, data IDs 18 and 3.
   const Bytes info = join({{2}, record(10, 18, 1, "UID Code"), record(8, 3, 0, "MAILxy")});
   EXPECT_EQ(itemSection(boxWithItemInfo(info, 23)),
@@ -158,11 +157,12 @@ TEST(ItemInfoCheck, EmptyTableAndExactEnd) {
 
 TEST(ItemInfoCheck, UnknownDataIdsAndOversizedTable) {
   const Bytes info = join({{2}, record(6, 19, 0, "ABCD"), record(6, 0, 0, "EFGH")});
-  EXPECT_EQ(itemSection(boxWithItemInfo(info, 17)),
-            (Lines{kItemStart, kItemStart, "    8000000 [ 0] 19  0 ABCD \"\"", kItemStart,
-                   "    40000001 Data ID is unknown (0th 13).", kItemStart,
-                   "    8000001 [ 1]  0  0 EFGH \"\"", kItemStart, "    40000001 Data ID is unknown (1th 00).",
-                   " --   -2: 0x000064: 0xfffffffe, 0x000011", "Item Info has 2 items, 17 byte (17)"}));
+  EXPECT_EQ(
+      itemSection(boxWithItemInfo(info, 17)),
+      (Lines{kItemStart, kItemStart, "    8000000 [ 0] 19  0 ABCD \"\"", kItemStart,
+             "    40000001 Data ID is unknown (0th 13).", kItemStart, "    8000001 [ 1]  0  0 EFGH \"\"",
+             kItemStart, "    40000001 Data ID is unknown (1th 00).",
+             " --   -2: 0x000064: 0xfffffffe, 0x000011", "Item Info has 2 items, 17 byte (17)"}));
 
   // The first record runs past the declared size: one listing, no data ID test.
   EXPECT_EQ(itemSection(boxWithItemInfo(info, 8)),
@@ -194,7 +194,7 @@ TEST(ItemInfoCheck, TableCutOffByTheEndOfTheFile) {
   Bytes b = boxWithItemInfo(join({{3}, record(6, 1, 0, "ABCD")}), 100);
   b.pop_back();  // drop the terminator
   b.pop_back();
-  b.push_back(8);          // half a length field
+  b.push_back(8);  // half a length field
   putU32(b, 4, static_cast<uint32_t>(b.size()));
   EXPECT_EQ(itemSection(b),
             (Lines{kItemStart, kItemStart, "    8000000 [ 0]  1  0 ABCD \"\"", kItemStart,

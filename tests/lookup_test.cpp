@@ -28,7 +28,8 @@ struct CountingSink : Reporter {
 // forward pass over the list.
 std::map<uint32_t, int32_t> firstInListOrder(const cardChain& c, bool byId) {
   std::map<uint32_t, int32_t> first;
-  for (size_t i = 0; i < c.cards.size(); ++i) first.emplace(byId ? c.cards[i].id : c.cards[i].offset, static_cast<int32_t>(i));
+  for (size_t i = 0; i < c.cards.size(); ++i)
+    first.emplace(byId ? c.cards[i].id : c.cards[i].offset, static_cast<int32_t>(i));
   return first;
 }
 int32_t lookUp(const std::map<uint32_t, int32_t>& first, uint32_t key) {
@@ -42,7 +43,8 @@ std::set<int32_t> plainDuplicates(const cardChain& c) {
   std::set<uint16_t> seenLater;
   for (size_t i = c.cards.size(); i-- > 0;) {
     const CardRecord& r = c.cards[i];
-    if (!isError(r) && r.id != 0 && r.id <= 0xFEFF && seenLater.count(r.id)) found.insert(static_cast<int32_t>(i));
+    if (!isError(r) && r.id != 0 && r.id <= 0xFEFF && seenLater.count(r.id))
+      found.insert(static_cast<int32_t>(i));
     seenLater.insert(r.id);
   }
   return found;
@@ -85,7 +87,8 @@ bool expectIndexesAgree(const Bytes& bytes) {
     EXPECT_EQ(c.findByOffset(offset), lookUp(byOffset, offset)) << offset;
   }
   for (size_t i = 0; i < c.cards.size(); ++i) {
-    EXPECT_EQ(c.isFirstAtOffset(static_cast<int32_t>(i)), lookUp(byOffset, c.cards[i].offset) == static_cast<int32_t>(i));
+    EXPECT_EQ(c.isFirstAtOffset(static_cast<int32_t>(i)),
+              lookUp(byOffset, c.cards[i].offset) == static_cast<int32_t>(i));
   }
   EXPECT_EQ(sink.duplicateAt, plainDuplicates(c));
   EXPECT_EQ(c.leastNullId, plainLeastNull(c));
@@ -107,8 +110,15 @@ TEST(IndexedLookups, AgreeWhenASalvageReadsARecordAgainAtTheSameOffset) {
   // A short list (searched in ID order): a card whose stated item length
   // area is wrong is salvaged as garbage at its own offset and read again
   // there, two records at one offset; IDs repeat.
-  BuiltBox box = BoxBuilder().field(1, "NAME", "Name").card(1, {text("Ann")}).card(2, {text("Bob")})
-                     .card(3, {text("Cy")}).card(1, {text("Di")}).card(2, {text("Ed")}).terminator().build();
+  BuiltBox box = BoxBuilder()
+                     .field(1, "NAME", "Name")
+                     .card(1, {text("Ann")})
+                     .card(2, {text("Bob")})
+                     .card(3, {text("Cy")})
+                     .card(1, {text("Di")})
+                     .card(2, {text("Ed")})
+                     .terminator()
+                     .build();
   putU16(box.bytes, box.offsets[1] + 8, 0);
   EXPECT_TRUE(expectIndexesAgree(box.bytes));
 }

@@ -92,7 +92,8 @@ TEST(QCopMessage, HandedToTheQcopProgramOrNamedOnStandardError) {
   qputenv("PATH", "/nonexistent");
   testing::internal::CaptureStderr();
   { QCopEnvelope envelope("QPE/System", "restart()"); }
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "vorn: no qcop program to send restart() on QPE/System\n");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "vorn: no qcop program to send restart() on QPE/System\n");
   qputenv("PATH", oldPath);
 }
 

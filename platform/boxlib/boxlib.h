@@ -23,10 +23,10 @@ enum {
 /* Results of _BoxGarbageCollect other than 0 (collected).  On every one of
  * them the box file is left exactly as it was. */
 enum {
-  BOX_GC_UNREADABLE = 0x0001,  /* the file could not be opened or mapped */
-  BOX_GC_DAMAGED = 0x0002,     /* damage that collection cannot repair */
-  BOX_GC_WRITE_FAILED = 0x0003,   /* the new box could not be written (disk full, I/O error) */
-  BOX_GC_REPLACE_FAILED = 0x0004  /* the new box could not take the old one's place */
+  BOX_GC_UNREADABLE = 0x0001,    /* the file could not be opened or mapped */
+  BOX_GC_DAMAGED = 0x0002,       /* damage that collection cannot repair */
+  BOX_GC_WRITE_FAILED = 0x0003,  /* the new box could not be written (disk full, I/O error) */
+  BOX_GC_REPLACE_FAILED = 0x0004 /* the new box could not take the old one's place */
 };
 
 /* Compacts the box file at path: garbage cards are dropped, every other card

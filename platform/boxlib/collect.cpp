@@ -83,7 +83,9 @@ std::vector<uint8_t> compact(const BoxAnalysis& a) {
   // every link the new place of the next offset card.
   auto newOffsetOfId = [&](uint16_t id) -> uint32_t {
     const int32_t found = chain.findById(id);
-    return found < 0 ? 0 : (moved[static_cast<size_t>(found)] == UINT32_MAX ? 0 : moved[static_cast<size_t>(found)]);
+    return found < 0
+               ? 0
+               : (moved[static_cast<size_t>(found)] == UINT32_MAX ? 0 : moved[static_cast<size_t>(found)]);
   };
   const auto& runs = a.offsetTable.segments;
   for (size_t s = 0; s < runs.size(); ++s) {
@@ -157,9 +159,10 @@ int replaceBox(const std::string& box, const std::vector<uint8_t>& bytes, const 
   std::string temp = dir + "/" + prefix + "XXXXXX";
   const int fd = mkostemp(temp.data(), O_CLOEXEC);
   if (fd < 0) return BOX_GC_WRITE_FAILED;
-  const bool written = fchmod(fd, st.st_mode & 07777) == 0 &&
-                       (fchown(fd, st.st_uid, st.st_gid) == 0 || (errno == EPERM && st.st_uid == geteuid())) &&
-                       writeAll(fd, bytes) && collectorIo.fsync(fd) == 0;
+  const bool written =
+      fchmod(fd, st.st_mode & 07777) == 0 &&
+      (fchown(fd, st.st_uid, st.st_gid) == 0 || (errno == EPERM && st.st_uid == geteuid())) &&
+      writeAll(fd, bytes) && collectorIo.fsync(fd) == 0;
   if (close(fd) != 0 || !written) {
     unlink(temp.c_str());
     return BOX_GC_WRITE_FAILED;

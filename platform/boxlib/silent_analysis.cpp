@@ -3,8 +3,15 @@
 #include "engine/findings.h"
 
 SilentAnalysis::SilentAnalysis(const char* path)
-    : analysis(path), reporter_(currentReporter), debug_(debug), verbose_(verbose), noisy_(noisy),
-      index_(lastIndex), offset_(lastOffset), id_(lastId), size_(lastSize),
+    : analysis(path),
+      reporter_(currentReporter),
+      debug_(debug),
+      verbose_(verbose),
+      noisy_(noisy),
+      index_(lastIndex),
+      offset_(lastOffset),
+      id_(lastId),
+      size_(lastSize),
       progressTime_(lastProgressTime) {
   if (!analysis.file.data) return;
   currentReporter = &silent_;

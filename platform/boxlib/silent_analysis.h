@@ -24,8 +24,7 @@ class SilentAnalysis {
   class Silent : public Reporter {
    public:
     void message(const char*, va_list) override {}
-    void entry(int32_t, uint32_t, uint32_t, uint32_t, uint32_t, const char*, const char*,
-               va_list) override {}
+    void entry(int32_t, uint32_t, uint32_t, uint32_t, uint32_t, const char*, const char*, va_list) override {}
   } silent_;
   Reporter* reporter_;
   bool debug_, verbose_, noisy_;

@@ -47,8 +47,8 @@ class FormattingSink : public Reporter {
   }
   void entry(int32_t index, uint32_t offset, uint32_t id, uint32_t size, uint32_t code, const char* text,
              const char* format, va_list args) override __attribute__((format(printf, 8, 0))) {
-    std::snprintf(buffer_, sizeof buffer_, " -- %4d: 0x%06x: 0x%04x, 0x%06x %6.4x %s", index, offset, id, size,
-                  code, text ? text : "");
+    std::snprintf(buffer_, sizeof buffer_, " -- %4d: 0x%06x: 0x%04x, 0x%06x %6.4x %s", index, offset, id,
+                  size, code, text ? text : "");
     if (format) std::vsnprintf(buffer_, sizeof buffer_, format, args);
   }
 

@@ -21,8 +21,10 @@ int main(int argc, char** argv) {
   BoxBuilder book;
   book.field(1, "NAME", "Name").field(4, "BDAY", "Birthday").field(7, "WDAY", "Day").field(18, "UID ", "Id");
   for (uint16_t id : {1, 2, 3, 501, 640}) {
-    book.card(id, {text("Name " + std::to_string(id)), timeValue(80, id % 12, 1 + id % 28, 0, 0, 0),
-                   {static_cast<uint8_t>(id % 7)}, {1, 2, 3, 4}});
+    book.card(id, {text("Name " + std::to_string(id)),
+                   timeValue(80, id % 12, 1 + id % 28, 0, 0, 0),
+                   {static_cast<uint8_t>(id % 7)},
+                   {1, 2, 3, 4}});
     if (id == 2) book.garbage(12);
   }
   const BuiltBox sound = book.offsetCard().offsetCard().indexCard({{"NAME", "n.idx"}}).terminator().build();
@@ -32,13 +34,20 @@ int main(int argc, char** argv) {
     change(b);
     seeds.push_back({name, std::move(b)});
   };
-  with("deleted card too long", [&](Bytes& b) { putU32(b, sound.offsets[2] + 2, getU32(b, sound.offsets[2] + 2) + 9); });
+  with("deleted card too long",
+       [&](Bytes& b) { putU32(b, sound.offsets[2] + 2, getU32(b, sound.offsets[2] + 2) + 9); });
   with("wrong area length", [&](Bytes& b) { putU16(b, sound.offsets[1] + 8, 2); });
   with("size rule", [&](Bytes& b) { putU32(b, sound.offsets[0] + 2, getU32(b, sound.offsets[0] + 2) - 1); });
   with("bad time and week", [&](Bytes& b) { b[sound.offsets[0] + 14 + 6] = 0xFF; });
   with("duplicate id", [&](Bytes& b) { putU16(b, sound.offsets[3], 1); });
-  with("wrong entries", [&](Bytes& b) { putU32(b, 116, sound.offsets[3]); putU32(b, 120, 0); });
-  with("stale totals", [&](Bytes& b) { putU32(b, 48, 7); putU16(b, 52, 9); });
+  with("wrong entries", [&](Bytes& b) {
+    putU32(b, 116, sound.offsets[3]);
+    putU32(b, 120, 0);
+  });
+  with("stale totals", [&](Bytes& b) {
+    putU32(b, 48, 7);
+    putU16(b, 52, 9);
+  });
   with("no terminator", [&](Bytes& b) { b.resize(b.size() - 2); });
   with("no index card", [&](Bytes& b) { putU16(b, sound.offsets[sound.offsets.size() - 2], 0xFF33); });
 

@@ -8,8 +8,8 @@
 #include <QTreeWidget>
 
 #include "actions/self_check.h"
-#include "platform/boxlib/boxlib.h"
 #include "gui/vorn.h"
+#include "platform/boxlib/boxlib.h"
 #include "tests/gui/gui_support.h"
 #include "tests/support/hostile_files.h"
 #include "tests/support/shrinker.h"
@@ -84,8 +84,8 @@ class ActionsTest : public QObject {
     // Sections first, then every card (noisy), in the text order of their index.
     QStringList keys;
     for (int i = 0; i < w.result->topLevelItemCount(); ++i) keys << w.result->topLevelItem(i)->text(3);
-    QCOMPARE(keys, (QStringList{"", "-1", "-2", "-3", "-4", "0", "1", "10", "11", "12", "13", "2", "3",
-                                "4", "5", "6", "7", "8", "9"}));
+    QCOMPARE(keys, (QStringList{"", "-1", "-2", "-3", "-4", "0", "1", "10", "11", "12", "13", "2", "3", "4",
+                                "5", "6", "7", "8", "9"}));
     QCOMPARE(rows(w.result).first(), "BOX file name||" + path);
     const QTreeWidgetItem* card2 = w.result->topLevelItem(11);
     QCOMPARE(card2->text(1), QStringLiteral("   0003"));
@@ -131,9 +131,11 @@ class ActionsTest : public QObject {
     }
     QCOMPARE(ok.seen.size(), 1);
     QCOMPARE(ok.seen[0].caption, QStringLiteral("File error"));
-    QCOMPARE(ok.seen[0].text, "Box file shrank while it was analysed.\n" + path + "\nThe findings end where it was cut.");
+    QCOMPARE(ok.seen[0].text,
+             "Box file shrank while it was analysed.\n" + path + "\nThe findings end where it was cut.");
     QCOMPARE(rows(w.result).first(), QStringLiteral("Box header||    48h byte."));
-    QCOMPARE(w.result->topLevelItem(0)->child(0)->text(2), QStringLiteral("Unusual offset of default offset table (0050)."));
+    QCOMPARE(w.result->topLevelItem(0)->child(0)->text(2),
+             QStringLiteral("Unusual offset of default offset table (0050)."));
     expectIdle(w);
   }
 

@@ -40,12 +40,15 @@ class FormTest : public QObject {
     TempHome home;
     Vorn w;
     const QList<QPair<QWidget*, const char*>> members = {
-        {w.gcGroup, "gcGroup"},         {w.gcDeleteIndex, "gcDeleteIndex"}, {w.gcButton, "gcButton"},
-        {w.fileGroup, "fileGroup"},     {w.appLabel, "appLabel"},           {w.appliCombo, "appliCombo"},
-        {w.storLabel, "storLabel"},     {w.storageCombo, "storageCombo"},   {w.anOnlyChk, "anOnlyChk"},
-        {w.anGroup, "anGroup"},         {w.progress, "progress"},           {w.result, "result"},
-        {w.anVerbose, "anVerbose"},     {w.anNoisy, "anNoisy"},             {w.anDebug, "anDebug"},
-        {w.chkBXD, "chkBXD"},           {w.anButton, "anButton"}};
+        {w.gcGroup, "gcGroup"},     {w.gcDeleteIndex, "gcDeleteIndex"},
+        {w.gcButton, "gcButton"},   {w.fileGroup, "fileGroup"},
+        {w.appLabel, "appLabel"},   {w.appliCombo, "appliCombo"},
+        {w.storLabel, "storLabel"}, {w.storageCombo, "storageCombo"},
+        {w.anOnlyChk, "anOnlyChk"}, {w.anGroup, "anGroup"},
+        {w.progress, "progress"},   {w.result, "result"},
+        {w.anVerbose, "anVerbose"}, {w.anNoisy, "anNoisy"},
+        {w.anDebug, "anDebug"},     {w.chkBXD, "chkBXD"},
+        {w.anButton, "anButton"}};
     for (const auto& [widget, name] : members) {
       QCOMPARE(widget->objectName(), QString::fromLatin1(name));
       QCOMPARE(w.findChild<QWidget*>(QString::fromLatin1(name)), widget);

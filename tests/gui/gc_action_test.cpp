@@ -6,13 +6,13 @@
 #include <QComboBox>
 #include <QGroupBox>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QTest>
 #include <QTreeWidget>
-#include <QRegularExpression>
 
 #include "actions/garbage_collection.h"
-#include "platform/boxlib/boxlib.h"
 #include "gui/vorn.h"
+#include "platform/boxlib/boxlib.h"
 #include "tests/gui/gui_support.h"
 #include "tests/support/run_vorn.h"
 
@@ -76,7 +76,9 @@ class GcActionTest : public QObject {
     return log.readAll();
   }
   // Runs the action answering every question with `answer`.
-  QList<MessageBoxAnswerer::Seen> collect(QMessageBox::StandardButton answer) { return collect(QList{answer}); }
+  QList<MessageBoxAnswerer::Seen> collect(QMessageBox::StandardButton answer) {
+    return collect(QList{answer});
+  }
   QList<MessageBoxAnswerer::Seen> collect(QList<QMessageBox::StandardButton> answers) {
     MessageBoxAnswerer answerer(answers);
     QTest::mouseClick(w->gcButton, Qt::LeftButton);
@@ -128,7 +130,8 @@ class GcActionTest : public QObject {
     QCOMPARE(captions(collect(QMessageBox::No)), QStringList{"Error: No space in Main strage.\n"});
     QCOMPARE(w->result->topLevelItemCount(), 1);
     fakeFs.f_bavail = 3 + 8 + 1;
-    QCOMPARE(captions(collect(QMessageBox::No)), QStringList{"Confirm: Are you sure you want\nto exec garbage?"});
+    QCOMPARE(captions(collect(QMessageBox::No)),
+             QStringList{"Confirm: Are you sure you want\nto exec garbage?"});
     QCOMPARE(w->result->topLevelItemCount(), 0);
     QCOMPARE(collectorCalls, 0);
 
@@ -156,7 +159,8 @@ class GcActionTest : public QObject {
 
   void failedCollectionRemovesNothing() {
     collectorResult = -1;  // 65535: a plain failure, not a signal
-    QCOMPARE(captions(collect(QMessageBox::Yes)).last(), QStringLiteral("Error: Garbage collection was failed."));
+    QCOMPARE(captions(collect(QMessageBox::Yes)).last(),
+             QStringLiteral("Error: Garbage collection was failed."));
     QVERIFY(commands.isEmpty());
     QCOMPARE(sent(false), QByteArray());
     expectIdle();
@@ -195,7 +199,8 @@ class GcActionTest : public QObject {
     const QByteArray dir = home->boxDir().toLatin1();
     w->gcDeleteIndex->setChecked(true);
     collect(QMessageBox::Yes);
-    QCOMPARE(commands, (QList<QByteArray>{"/bin/rm -rf " + dir + "KQDATE*.IDX", "/bin/rm -rf " + dir + "KQDATE*.TDX"}));
+    QCOMPARE(commands,
+             (QList<QByteArray>{"/bin/rm -rf " + dir + "KQDATE*.IDX", "/bin/rm -rf " + dir + "KQDATE*.TDX"}));
 
     home->put("kqoutbox.box", {1});
     w->appliCombo->setCurrentIndex(5);
@@ -220,8 +225,10 @@ class GcActionTest : public QObject {
              QByteArray("/bin/rm -rf '/home/a b/Applications/bxd/'KQDATE*.TDX"));
     QCOMPARE(removalCommand("/home/x';rm -rf ~;'/bxd/vn*.tdx"),
              QByteArray("/bin/rm -rf '/home/x'\\'';rm -rf ~;'\\''/bxd/'vn*.tdx"));
-    QCOMPARE(removalCommand("/home/$(reboot)/bxd/K*.IDX"), QByteArray("/bin/rm -rf '/home/$(reboot)/bxd/'K*.IDX"));
-    QCOMPARE(removalCommand("/home/user_1.x+y-z/bxd/K*.IDX"), QByteArray("/bin/rm -rf /home/user_1.x+y-z/bxd/K*.IDX"));
+    QCOMPARE(removalCommand("/home/$(reboot)/bxd/K*.IDX"),
+             QByteArray("/bin/rm -rf '/home/$(reboot)/bxd/'K*.IDX"));
+    QCOMPARE(removalCommand("/home/user_1.x+y-z/bxd/K*.IDX"),
+             QByteArray("/bin/rm -rf /home/user_1.x+y-z/bxd/K*.IDX"));
   }
 
   void endToEndAsAUserWould() {
@@ -251,7 +258,8 @@ class GcActionTest : public QObject {
     window.gcDeleteIndex->setChecked(true);
     MessageBoxAnswerer yes(QMessageBox::Yes);
     QTest::mouseClick(window.gcButton, Qt::LeftButton);
-    QCOMPARE(captions(yes.seen).last(), QStringLiteral("Completed: garbage collect is completed.\nReboot now."));
+    QCOMPARE(captions(yes.seen).last(),
+             QStringLiteral("Completed: garbage collect is completed.\nReboot now."));
     QCOMPARE(sent(), QByteArray("QPE/System restart()\n"));
 
     QStringList left = QDir(dir).entryList(QDir::Files);

@@ -58,7 +58,8 @@ class MessageBoxAnswerer : public QObject {
     connect(&timer_, &QTimer::timeout, this, [this] {
       auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
       if (!box || !box->isVisible()) return;
-      const QMessageBox::StandardButton answer = answers_[std::min<qsizetype>(seen.size(), answers_.size() - 1)];
+      const QMessageBox::StandardButton answer =
+          answers_[std::min<qsizetype>(seen.size(), answers_.size() - 1)];
       seen.append({box->windowTitle(), box->text()});
       QAbstractButton* button = answer == QMessageBox::Escape ? box->escapeButton() : box->button(answer);
       if (button) {

@@ -84,7 +84,8 @@ class ResultViewTest : public QObject {
     report(checker, 7, 0x1234, 0x12, 0x20, 0x40000200, "Illegal card size.");
     QTreeWidgetItem* card = reporter->findItem(7);
     QCOMPARE(columns(card), (QStringList{"00001234", "   0012", "    20h byte.", "7", "*"}));
-    QCOMPARE(columns(card->child(0)), (QStringList{"Error", "   0012", "Illegal card size.", "   0200 ", "Error"}));
+    QCOMPARE(columns(card->child(0)),
+             (QStringList{"Error", "   0012", "Illegal card size.", "   0200 ", "Error"}));
 
     report(checker, -2, 0, static_cast<uint32_t>(-2), 0, 0, nullptr);
     report(checker, -2, 100, static_cast<uint32_t>(-2), 0x1A3, 0, nullptr);
@@ -95,7 +96,8 @@ class ResultViewTest : public QObject {
     QCOMPARE(reporter->findItem(-4)->text(0), QStringLiteral("Data chunck"));
     finishRun();
     QStringList keys;
-    for (int i = 0; i < form->result->topLevelItemCount(); ++i) keys << form->result->topLevelItem(i)->text(3);
+    for (int i = 0; i < form->result->topLevelItemCount(); ++i)
+      keys << form->result->topLevelItem(i)->text(3);
     QCOMPARE(keys, (QStringList{"-2", "-3", "-4", "0", "1", "10", "2", "7"}));
   }
 

@@ -102,8 +102,9 @@ class SelectorTest : public QObject {
     TempHome home;
     Fixture f;
     QVERIFY(!f.selector.isFastLoad());  // no configuration at all
-    home.writeConfig("Launcher", "[Other]\nApps = datebook\n[Preload]\nApps = Addressbook,datebook,textedit\n");
-    QVERIFY(f.selector.isFastLoad());   // Calendar: datebook
+    home.writeConfig("Launcher",
+                     "[Other]\nApps = datebook\n[Preload]\nApps = Addressbook,datebook,textedit\n");
+    QVERIFY(f.selector.isFastLoad());  // Calendar: datebook
     f.choose(1);
     QVERIFY(!f.selector.isFastLoad());  // case matters: Addressbook
     f.choose(3);

@@ -39,7 +39,10 @@ inline std::vector<HostileFile> hostileFiles() {
   with("item info at the end", [end](Bytes& b) { putU32(b, 8, end); });
   with("item info past the end", [](Bytes& b) { putU32(b, 8, 0xFFFFFFFF); });
   with("item info size 0xFFFFFFFF", [](Bytes& b) { putU32(b, 12, 0xFFFFFFFF); });
-  with("255 records in a tiny item info", [](Bytes& b) { b[0x848] = 255; putU32(b, 12, 2); });
+  with("255 records in a tiny item info", [](Bytes& b) {
+    b[0x848] = 255;
+    putU32(b, 12, 2);
+  });
   with("record length below 6", [](Bytes& b) { putU16(b, 0x849, 3); });
   with("record name over 26 bytes", [](Bytes& b) { putU16(b, 0x849, 0xFFF0); });
   with("card size 0xFFFFFFFF", [&](Bytes& b) { putU32(b, sound.offsets[0] + 2, 0xFFFFFFFF); });

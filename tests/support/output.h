@@ -34,7 +34,8 @@ inline Lines analyse(const Bytes& bytes) {
   EXPECT_EQ(r.err, "");
   Lines lines = splitLines(r.out);
   for (std::string& line : lines) {
-    if (line.rfind("cardChain::trace () ", 0) == 0) line = "cardChain::trace () PTR" + line.substr(line.rfind(' '));
+    if (line.rfind("cardChain::trace () ", 0) == 0)
+      line = "cardChain::trace () PTR" + line.substr(line.rfind(' '));
   }
   return lines;
 }
@@ -62,7 +63,8 @@ inline Lines sectionUntil(const Lines& all, const std::string& from, const std::
 // it to the element `target`, so that a broken card becomes garbage cleanly.
 inline Bytes steeringBody() { return {0, 0, 0, 0, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5}; }
 inline void steer(BuiltBox& box, size_t deleted, size_t target) {
-  putU16(box.bytes, box.offsets[deleted] + 8, static_cast<uint16_t>(box.offsets[target] - box.offsets[deleted]));
+  putU16(box.bytes, box.offsets[deleted] + 8,
+         static_cast<uint16_t>(box.offsets[target] - box.offsets[deleted]));
 }
 
 }  // namespace boxtest

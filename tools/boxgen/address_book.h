@@ -11,10 +11,10 @@
 
 namespace boxtest {
 
-inline const char* const kGiven[] = {"Akira", "Emi", "Hiroshi", "Kaori", "Kenji", "Mika", "Naoki",
-                              "Sachiko", "Takeshi", "Yuko", "Jun", "Rie", "Shin", "Aya"};
-inline const char* const kFamily[] = {"Sato", "Suzuki", "Takahashi", "Tanaka", "Watanabe", "Ito",
-                               "Yamamoto", "Nakamura", "Kobayashi", "Kato", "Yoshida"};
+inline const char* const kGiven[] = {"Akira",   "Emi",     "Hiroshi", "Kaori", "Kenji", "Mika", "Naoki",
+                                     "Sachiko", "Takeshi", "Yuko",    "Jun",   "Rie",   "Shin", "Aya"};
+inline const char* const kFamily[] = {"Sato",     "Suzuki",   "Takahashi", "Tanaka", "Watanabe", "Ito",
+                                      "Yamamoto", "Nakamura", "Kobayashi", "Kato",   "Yoshida"};
 
 // The address book's fields: texts, a birthday, flags, a weekday and an ID.
 inline BoxBuilder addressFields() {
@@ -76,6 +76,5 @@ inline BuiltBox bigAddressBook(unsigned cards, bool damage) {
   }
   return box;
 }
-
 
 }  // namespace boxtest

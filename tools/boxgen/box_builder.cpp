@@ -30,8 +30,7 @@ Bytes timeValue(unsigned year, unsigned month, unsigned day, unsigned hour, unsi
                 unsigned second) {
   return {static_cast<uint8_t>(second), static_cast<uint8_t>((minute & 0x3F) | ((hour & 3) << 6)),
           static_cast<uint8_t>(((hour >> 2) & 7) | (day << 3)),
-          static_cast<uint8_t>((month & 0x0F) | ((year & 0x0F) << 4)),
-          static_cast<uint8_t>(year >> 4)};
+          static_cast<uint8_t>((month & 0x0F) | ((year & 0x0F) << 4)), static_cast<uint8_t>(year >> 4)};
 }
 
 Bytes normalBody(const std::vector<Bytes>& values) {

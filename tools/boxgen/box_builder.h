@@ -28,8 +28,7 @@ Bytes text(std::string_view s);
 Bytes encodeLength(uint32_t length);
 // A TIME value from its raw fields (year as years since 1900, month 0-based
 // as the C library counts it).
-Bytes timeValue(unsigned year, unsigned month, unsigned day, unsigned hour, unsigned minute,
-                unsigned second);
+Bytes timeValue(unsigned year, unsigned month, unsigned day, unsigned hour, unsigned minute, unsigned second);
 // The body of a normal card: the unexamined word, the stated area length,
 // the encoded lengths and the values.
 Bytes normalBody(const std::vector<Bytes>& values);
@@ -52,8 +51,7 @@ struct BuiltBox {
 
 class BoxBuilder {
  public:
-  BoxBuilder& field(uint8_t dataId, std::string_view tag, std::string_view name,
-                    uint8_t attribute = 0);
+  BoxBuilder& field(uint8_t dataId, std::string_view tag, std::string_view name, uint8_t attribute = 0);
   // Replaces the whole item info (count byte included).
   BoxBuilder& rawItemInfo(Bytes itemInfo);
 

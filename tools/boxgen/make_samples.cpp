@@ -127,8 +127,8 @@ int main(int argc, char** argv) {
     book.indexCard({{"NAME", "kqadrs_name.idx"}}).terminator();
     Bytes b = book.build().bytes;
     putU32(b, 116 + 4 * 9, getU32(b, 116 + 4 * 10));  // ID 10's entry holds ID 11's offset
-    putU32(b, 116 + 4 * 11, 0);                        // ID 12 has no entry
-    putU32(b, 116 + 4 * 44, 0x900);                    // ID 45 does not exist
+    putU32(b, 116 + 4 * 11, 0);                       // ID 12 has no entry
+    putU32(b, 116 + 4 * 44, 0x900);                   // ID 45 does not exist
     ok &= save(dir, "DUPLICATE.BOX", b);
   }
 
