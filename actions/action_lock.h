@@ -1,16 +1,17 @@
-// Disables the form's three working groups while an action runs, so no
-// second action can start; enables them again when the action returns.
+// Keeps the window busy while an action runs, so no second action can start:
+// construction disables the working groups and lets the disabled state reach
+// the screen; destruction enables them again.
 #pragma once
 
-class Vorn;
+class ActionHost;
 
 class actionLock {
  public:
-  explicit actionLock(Vorn* widget);
+  explicit actionLock(ActionHost* host);
   ~actionLock();
   actionLock(const actionLock&) = delete;
   actionLock& operator=(const actionLock&) = delete;
 
  private:
-  Vorn* widget_;
+  ActionHost* host_;
 };

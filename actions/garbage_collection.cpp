@@ -1,23 +1,23 @@
 // The garbage-collection action: free-space test, confirmation, the guarded
 // collector, removal of the index files and the restart request.
-#include "actions/garbage_collection.h"
+#include "garbage_collection.h"
 
 #include <setjmp.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <QCheckBox>
-#include <QComboBox>
+#include <QCoreApplication>
 #include <QMessageBox>
-#include <QTreeWidget>
 
 #include <cstdlib>
 
-#include "actions/action_lock.h"
-#include "gui/vorn.h"
-#include "platform/boxlib/boxlib.h"
-#include "platform/qtopia/qcopenvelope.h"
+#include <qpe/qcopenvelope.h>
+
+#include "action_host.h"
+#include "action_lock.h"
+#include "boxlib.h"
+#include "resolution.h"
 
 GcSystem gcSystem = {::statfs, _BoxGarbageCollect, std::system};
 
@@ -114,30 +114,33 @@ QByteArray removalCommand(const QString& pattern) {
   return command + file;
 }
 
-QList<QByteArray> indexRemovals(const boxFileSelecter& selector, bool deleteIndex) {
+QList<QByteArray> indexRemovals(const ActionHost& host, bool deleteIndex) {
   // The box the user picked from "Other Boxes" is named by every pattern
   // built from it: nothing is removed for that row.
-  const int row = selector.appliCombo->currentIndex();
-  if (row == boxFileSelecter::kOtherBoxesRow) return {};
+  const int row = host.applicationRow();
+  if (row == kOtherBoxesRow) return {};
   QList<QByteArray> commands;
-  if (deleteIndex) commands << removalCommand(selector.boxFilePath("*.idx"));
-  commands << removalCommand(selector.boxFilePath("*.tdx"));
+  if (deleteIndex) commands << removalCommand(host.boxFilePath("*.idx"));
+  commands << removalCommand(host.boxFilePath("*.tdx"));
   // The inbox: its own text indexes, then the mail viewer's, on its medium.
-  if (row == boxFileSelecter::kInboxRow)
-    commands << removalCommand(selector.boxDir(true) + QStringLiteral("vn*.tdx"));
+  if (row == kInboxRow) commands << removalCommand(host.boxDir(true) + QStringLiteral("vn*.tdx"));
   return commands;
 }
 
-void Vorn::doGC() {
-  const QString path = resolveBoxFile(true);
+void garbageCollectionAction(ActionHost& host) {
+  QWidget* parent = host.dialogParent();
+  const QString path = resolveBoxFile(host, true);
   if (path.isEmpty()) return;
   if (hasSpace(path) == 0) {
-    QMessageBox::warning(this, tr("Error"), tr("No space in %1 strage.\n").arg(selector.storageName()));
+    QMessageBox::warning(
+        parent, QCoreApplication::translate("Vorn", "Error"),
+        QCoreApplication::translate("Vorn", "No space in %1 strage.\n").arg(host.storageName()));
     return;
   }
-  result->clear();
-  actionLock lock(this);
-  if (!askYesNo(this, QMessageBox::Warning, tr("Confirm"), tr("Are you sure you want\nto exec garbage?"),
+  host.clearResults();
+  actionLock lock(&host);
+  if (!askYesNo(parent, QMessageBox::Warning, QCoreApplication::translate("Vorn", "Confirm"),
+                QCoreApplication::translate("Vorn", "Are you sure you want\nto exec garbage?"),
                 QMessageBox::No)) {
     return;
   }
@@ -145,25 +148,30 @@ void Vorn::doGC() {
   const QByteArray ascii = path.toLatin1();
   const int rc = guardedGarbageCollect(ascii.constData());
   if (rc < 0) {
-    if (askYesNo(this, QMessageBox::Critical, tr("Error"),
-                 tr("Garbage collection was failed.\nYou should reboot.\n\nReboot now ?"),
+    if (askYesNo(parent, QMessageBox::Critical, QCoreApplication::translate("Vorn", "Error"),
+                 QCoreApplication::translate(
+                     "Vorn", "Garbage collection was failed.\nYou should reboot.\n\nReboot now ?"),
                  QMessageBox::Yes)) {
       sendRestart();
     }
     return;
   }
   if (rc > 0) {
-    QMessageBox::warning(this, tr("Error"), tr("Garbage collection was failed."));
+    QMessageBox::warning(parent, QCoreApplication::translate("Vorn", "Error"),
+                         QCoreApplication::translate("Vorn", "Garbage collection was failed."));
     return;
   }
 
   const bool deleteIndex =
-      gcDeleteIndex->isChecked() &&
-      askYesNo(this, QMessageBox::Warning, tr("Confirm"),
-               tr("Are you sure you want\nto delete Index file?\n\nIf you select NO then\ncontiue without "
-                  "deleting\n Index file"),
+      host.switches().deleteIndex &&
+      askYesNo(parent, QMessageBox::Warning, QCoreApplication::translate("Vorn", "Confirm"),
+               QCoreApplication::translate(
+                   "Vorn",
+                   "Are you sure you want\nto delete Index file?\n\nIf you select NO then\ncontiue without "
+                   "deleting\n Index file"),
                QMessageBox::No);
-  for (const QByteArray& command : indexRemovals(selector, deleteIndex)) gcSystem.shell(command.constData());
-  QMessageBox::information(this, tr("Completed"), tr("garbage collect is completed.\nReboot now."));
+  for (const QByteArray& command : indexRemovals(host, deleteIndex)) gcSystem.shell(command.constData());
+  QMessageBox::information(parent, QCoreApplication::translate("Vorn", "Completed"),
+                           QCoreApplication::translate("Vorn", "garbage collect is completed.\nReboot now."));
   sendRestart();
 }

@@ -25,11 +25,14 @@ int hasSpace(const QString& path);
 int guardedGarbageCollect(const char* path);
 void gcAbortHandler(int signal);
 
-class boxFileSelecter;
+class ActionHost;
+
+// The garbage-collection action over the box file the host selects.
+void garbageCollectionAction(ActionHost& host);
 
 // The removal commands after a successful collection, in order: the index
 // files when deleteIndex (the user confirmed it), then the text indexes.
-QList<QByteArray> indexRemovals(const boxFileSelecter& selector, bool deleteIndex);
+QList<QByteArray> indexRemovals(const ActionHost& host, bool deleteIndex);
 
 // "/bin/rm -rf " and the pattern; a directory part holding anything beyond
 // letters, digits and /._-+ is quoted for the shell, the file part is not.

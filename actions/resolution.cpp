@@ -1,30 +1,34 @@
-// Resolving the selected box file, and the fast-load question.
-#include <QComboBox>
+#include "resolution.h"
+
+#include <QCoreApplication>
 #include <QFile>
 #include <QMessageBox>
+#include <QStringList>
 
-#include "gui/box_file_selecter.h"
-#include "gui/vorn.h"
-#include "platform/qtopia/config.h"
+#include <qpe/config.h>
 
-QString Vorn::resolveBoxFile(bool checkFastLoad) {
-  const QString path = selector.boxFilePath(".box");
+#include "action_host.h"
+
+QString resolveBoxFile(ActionHost& host, bool checkFastLoad) {
+  const QString path = host.boxFilePath(".box");
   if (!QFile::exists(path)) {
-    QMessageBox::warning(this, tr("File error"), tr("Box file is not found.\n%1").arg(path));
+    QMessageBox::warning(host.dialogParent(), QCoreApplication::translate("Vorn", "File error"),
+                         QCoreApplication::translate("Vorn", "Box file is not found.\n%1").arg(path));
     return QString();
   }
-  if (checkFastLoad && selector.isFastLoad()) {
-    QMessageBox::warning(this, tr("Error"),
-                         tr("Selected Application is set FastLoad.\nPlease unset fastload."));
+  if (checkFastLoad && host.isFastLoad()) {
+    QMessageBox::warning(
+        host.dialogParent(), QCoreApplication::translate("Vorn", "Error"),
+        QCoreApplication::translate("Vorn", "Selected Application is set FastLoad.\nPlease unset fastload."));
     return QString();
   }
   return path;
 }
 
-bool boxFileSelecter::isFastLoad() const {
+bool isOnPreloadList(const char* program) {
+  if (!program) return false;
   Config launcher(QStringLiteral("Launcher"), Config::User);
   launcher.setGroup(QStringLiteral("Preload"));
   const QStringList apps = launcher.readListEntry(QStringLiteral("Apps"), QLatin1Char(','));
-  const char* program = currentRow().program;
-  return program && apps.count(QString::fromLatin1(program)) != 0;
+  return apps.count(QString::fromLatin1(program)) != 0;
 }

@@ -1,18 +1,20 @@
-// The "BXD" self-check: the box library's check instead of the analysis.
-#include "actions/self_check.h"
+#include "self_check.h"
 
-#include <QTreeWidget>
+#include <QByteArray>
+#include <QCoreApplication>
 
-#include "gui/vorn.h"
-#include "platform/boxlib/boxlib.h"
+#include "action_host.h"
+#include "boxlib.h"
 
 BoxCheckFunction boxCheckFunction = _BXDFileCheckLevel;
 
-void Vorn::selfCheck(const QString& path) {
-  new QTreeWidgetItem(result, {tr("BXDFileCheck Start"), QLatin1String(""), QLatin1String("")});
+void selfCheckAction(ActionHost& host, const QString& path) {
+  host.addResultRow(QCoreApplication::translate("Vorn", "BXDFileCheck Start"), QLatin1String(""),
+                    QLatin1String(""));
   const QByteArray latin1 = path.toLatin1();
   // Only the low 16 bits of the library's result count.
   const unsigned code = static_cast<unsigned>(boxCheckFunction(latin1.constData(), kFullCheckLevel)) & 0xFFFF;
-  new QTreeWidgetItem(
-      result, {code == 0 ? tr("No Error") : tr("Error"), QLatin1String(""), QString::number(code, 10)});
+  host.addResultRow(code == 0 ? QCoreApplication::translate("Vorn", "No Error")
+                              : QCoreApplication::translate("Vorn", "Error"),
+                    QLatin1String(""), QString::number(code, 10));
 }

@@ -2,9 +2,10 @@
 // the command line; no argument, or "-qcop", starts the graphical mode.
 #include <cstring>
 
-#include "app/command_line.h"
+#include "command_line.h"
+#include "graphical_mode.h"
 
 int main(int argc, char** argv) {
   if (argc > 1 && std::strcmp(argv[1], "-qcop") != 0) return commandLineAnalysis(argv[1]);
-  return graphicalStart(argc, argv);
+  return startGraphicalMode(argc, argv);
 }

@@ -12,13 +12,15 @@
 
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <map>
 #include <string>
 
-#include "engine/box_analysis.h"
-#include "engine/findings.h"
-#include "engine/reporter.h"
-#include "tools/boxgen/address_book.h"
+#include "address_book.h"
+#include "box_analysis.h"
+#include "findings.h"
+#include "report_scope.h"
+#include "reporter.h"
 
 namespace {
 
@@ -35,10 +37,7 @@ const std::string& boxFile(unsigned cards, bool damage) {
   if (path.empty()) {
     path = "/tmp/vorn-bench-" + std::to_string(getpid()) + "-" + std::to_string(cards) + (damage ? "d" : "") +
            ".box";
-    const boxtest::Bytes bytes = boxtest::bigAddressBook(cards, damage).bytes;
-    FILE* f = std::fopen(path.c_str(), "wb");
-    std::fwrite(bytes.data(), 1, bytes.size(), f);
-    std::fclose(f);
+    if (!boxtest::writeFile(path, boxtest::bigAddressBook(cards, damage).bytes)) std::abort();
   }
   return path;
 }
@@ -68,10 +67,8 @@ void analyse(benchmark::State& state, bool damage) {
     const auto start = std::chrono::steady_clock::now();
     {
       BoxAnalysis analysis(path.c_str());
-      currentReporter = &sink;
-      debug = verbose = true;
+      ReportScope scope(&sink, {.debug = true, .verbose = true});
       benchmark::DoNotOptimize(analysis.run());
-      currentReporter = nullptr;
     }
     const auto middle = std::chrono::steady_clock::now();
     benchmark::DoNotOptimize(plainRead(path));

@@ -11,8 +11,10 @@
 #include <QTemporaryDir>
 #include <QTreeWidget>
 
-#include "gui/vorn.h"
-#include "tools/boxgen/address_book.h"
+#include <cstdlib>
+
+#include "address_book.h"
+#include "vorn.h"
 
 namespace {
 
@@ -20,11 +22,11 @@ void BM_WindowAnalyseNoisy(benchmark::State& state) {
   const auto cards = static_cast<unsigned>(state.range(0));
   QTemporaryDir home;
   QDir().mkpath(home.path() + "/Applications/bxd");
-  QFile box(home.path() + "/Applications/bxd/KQADRS.BOX");
-  box.open(QIODevice::WriteOnly);
-  const boxtest::Bytes bytes = boxtest::bigAddressBook(cards, false).bytes;
-  box.write(reinterpret_cast<const char*>(bytes.data()), static_cast<qint64>(bytes.size()));
-  box.close();
+  const QString box = home.path() + "/Applications/bxd/KQADRS.BOX";
+  if (!boxtest::writeFile(QFile::encodeName(box).toStdString(),
+                          boxtest::bigAddressBook(cards, false).bytes)) {
+    std::abort();
+  }
   qputenv("HOME", home.path().toLocal8Bit());
 
   Vorn window;

@@ -1,6 +1,8 @@
-#include "engine/box_analysis.h"
+#include "box_analysis.h"
 
 BoxAnalysis::BoxAnalysis(const char* path) : file(path) {}
+
+BoxAnalysis::BoxAnalysis(ByteView bytes) : file(bytes) {}
 
 BoxAnalysis::~BoxAnalysis() {
   // The checkers made by run() go first, then the offset table and the file.

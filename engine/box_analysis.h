@@ -1,26 +1,28 @@
 // One analysis run over one box file: maps the file, runs the checks in
 // their fixed order and returns the verdict.
 //
-//   BoxAnalysis analysis(path);   // opens and maps at once
-//   currentReporter = &sink;       // and the switches
+//   BoxAnalysis analysis(path);                      // opens and maps at once
+//   ReportScope scope(&sink, {.verbose = true});     // the sink and the switches
 //   bool failed = analysis.run();
 //
-// The mapping stays in place until the analysis is destroyed; the checkers
-// keep pointers into it.
+// The mapping (or the caller's bytes) stays in place until the analysis is
+// destroyed; the checkers keep pointers into it.
 #pragma once
 
 #include <memory>
 
-#include "engine/box_file.h"
-#include "engine/card_chain.h"
-#include "engine/findings.h"
-#include "engine/header_check.h"
-#include "engine/item_info.h"
-#include "engine/offset_table.h"
+#include "box_file.h"
+#include "card_chain.h"
+#include "findings.h"
+#include "header_check.h"
+#include "item_info.h"
+#include "offset_table.h"
 
 class BoxAnalysis : public Checker {
  public:
   explicit BoxAnalysis(const char* path);
+  // The analysis of bytes in memory, which must outlive it.
+  explicit BoxAnalysis(ByteView bytes);
   ~BoxAnalysis();
   BoxAnalysis(const BoxAnalysis&) = delete;
   BoxAnalysis& operator=(const BoxAnalysis&) = delete;

@@ -1,6 +1,6 @@
-#include "engine/box_file.h"
+#include "box_file.h"
 
-#include "engine/mapping_guard.h"
+#include "mapping_guard.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -47,14 +47,23 @@ BoxFile::BoxFile(const char* path) {
     return;
   }
   data = static_cast<const uint8_t*>(mapping);
+  mapped_ = true;
   mapping_guard::add(data, size);
 }
 
-bool BoxFile::shrank() const { return data && mapping_guard::lost(data); }
+BoxFile::BoxFile(ByteView bytes) : size(bytes.size()) {
+  if (size == 0) {
+    problem = "Empty file";
+    return;
+  }
+  data = bytes.data();
+}
+
+bool BoxFile::shrank() const { return mapped_ && mapping_guard::lost(data); }
 
 BoxFile::~BoxFile() {
   if (fd < 0) return;
-  if (data) {
+  if (mapped_) {
     mapping_guard::remove(data);
     munmap(const_cast<uint8_t*>(data), size);
   }

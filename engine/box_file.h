@@ -1,17 +1,21 @@
-// A box file opened and mapped read-only for one analysis.
+// The bytes of one box file for one analysis: a file opened and mapped
+// read-only, or bytes the caller holds in memory.
 #pragma once
 
 #include <cstdint>
 #include <string>
 
-#include "engine/byte_view.h"
-#include "engine/findings.h"
+#include "byte_view.h"
+#include "findings.h"
 
 class BoxFile : public Checker {
  public:
   // Opens and maps path.  Never fails visibly: the outcome shows in fd, size
   // and data, and problem says in words why there is no mapping.
   explicit BoxFile(const char* path);
+  // Bytes in memory, which must outlive the BoxFile; nothing is opened.
+  // Empty bytes count as a file that cannot be analysed, as an empty file does.
+  explicit BoxFile(ByteView bytes);
   ~BoxFile();
   BoxFile(const BoxFile&) = delete;
   BoxFile& operator=(const BoxFile&) = delete;
@@ -23,7 +27,10 @@ class BoxFile : public Checker {
   bool shrank() const;
 
   uint32_t size = 0;              // file size from fstat
-  const uint8_t* data = nullptr;  // the whole file, read-only; null when not mapped
-  int fd = -1;                    // negative when the file could not be opened
+  const uint8_t* data = nullptr;  // the whole file, read-only; null when there is none
+  int fd = -1;                    // negative when no file was opened
   std::string problem;            // empty when data is set
+
+ private:
+  bool mapped_ = false;
 };

@@ -6,6 +6,7 @@
 // item lengths inside a card, which are big-endian.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace box {
@@ -27,11 +28,21 @@ inline constexpr uint32_t kDefaultTableOffset = 0x48;
 inline constexpr uint32_t kDefaultTableSize = 0x800;
 inline constexpr uint32_t kItemInfoOffset = kDefaultTableOffset + kDefaultTableSize;  // 0x848
 
+// Offset table entries: the file offset of the card with an ID; 0 and
+// 0xFFFFFFFF mean the ID has no card.  A run of entries is followed by the
+// link to the next offset card.
+inline constexpr uint32_t kOffsetEntrySize = 4;
+inline constexpr bool isEmptyEntry(uint32_t value) { return value == 0 || value == 0xFFFFFFFF; }
+
 // Default offset table: 44 bytes not examined, 500 entries for IDs 1..500,
 // then the link to the first offset card.
 inline constexpr uint32_t kDefaultEntriesOffset = kHeaderSize + 44;  // 116
 inline constexpr uint32_t kDefaultEntryCount = 500;
-inline constexpr uint32_t kDefaultLinkOffset = kDefaultEntriesOffset + 4 * kDefaultEntryCount;  // 2116
+inline constexpr uint32_t kDefaultLinkOffset =
+    kDefaultEntriesOffset + kOffsetEntrySize * kDefaultEntryCount;  // 2116
+inline constexpr uint32_t defaultEntryOffset(uint32_t id) {
+  return kDefaultEntriesOffset + kOffsetEntrySize * (id - 1);
+}
 
 // Item info record: u16 length L, data ID, attribute, 4 tag bytes, L - 6 name bytes.
 inline constexpr uint32_t kItemRecordFixedSize = 6;  // data ID .. tag, counted in L
@@ -41,6 +52,7 @@ inline constexpr uint32_t kItemNameCapacity = 26;  // bytes kept of a name
 // Card: u16 ID, u32 body size, body.  A normal card's body starts with a
 // u16 not examined, the u16 stated length of the item length area, the area.
 inline constexpr uint32_t kCardHeadSize = 6;
+inline constexpr uint32_t kCardSizeField = 2;         // u32, from the card start
 inline constexpr uint32_t kCardAreaLengthOffset = 8;  // u16, from the card start
 inline constexpr uint32_t kCardAreaOffset = 10;       // item length area
 
@@ -51,12 +63,31 @@ inline constexpr uint16_t kLastNormalId = 0xFEFF;
 inline constexpr uint16_t kOffsetCardId = 0xFFF0;
 inline constexpr uint16_t kIndexCardId = 0xFFF1;
 inline constexpr uint16_t kTerminatorId = 0xFFFF;
-inline constexpr uint32_t kTerminatorSize = 2;  // the ID alone, no size field
+inline constexpr uint32_t kTerminatorSize = 2;   // the ID alone, no size field
+inline constexpr size_t kCardIdSpace = 0x10000;  // every 16-bit ID
 
 inline constexpr bool isNormalId(uint32_t id) { return id >= kFirstNormalId && id <= kLastNormalId; }
+inline constexpr bool isSystemId(uint32_t id) { return id > kLastNormalId; }
 
-// The usual offset card: 128 entries and a link.
+// The terminator is the ID 0xFFFF in exactly the last two bytes of the
+// file; a 0xFFFF anywhere else heads an ordinary card with a size field.
+inline constexpr bool isTerminatorAt(uint64_t offset, uint32_t id, uint64_t fileSize) {
+  return id == kTerminatorId && offset + kTerminatorSize == fileSize;
+}
+
+// An offset card's body is its entries and the link, so size / 4 - 1
+// entries; a size below 4 holds none.  The usual card: 128 entries and a link.
 inline constexpr uint32_t kUsualOffsetCardSize = 0x204;
+inline constexpr uint32_t kUsualOffsetCardEntries = kUsualOffsetCardSize / kOffsetEntrySize - 1;  // 128
+inline constexpr uint32_t offsetCardEntryCount(uint32_t size) {
+  return size >= kOffsetEntrySize ? size / kOffsetEntrySize - 1 : 0;
+}
+// The first card ID of the first offset card: the default table's IDs are 1..500.
+inline constexpr uint32_t kFirstOffsetCardId = kDefaultEntryCount + 1;
+
+// Item info: a count byte, then the records.
+inline constexpr uint32_t kItemCountSize = 1;
+inline constexpr uint32_t kItemRecordLengthSize = 2;
 
 // Data IDs of the field descriptions.
 inline constexpr uint32_t kMaxDataId = 18;

@@ -1,20 +1,15 @@
-// Bounds-checked little-endian readers over the mapped file.
+// Bounds-checked readers over the bytes of a box file.
 //
 // Every read of box file data goes through a ByteView, which knows where the
-// mapping ends: a field that does not lie wholly inside the view yields
-// nothing instead of a read past the end.  The checks never compare offsets
-// with the raw file size themselves.
+// bytes end: a field that does not lie wholly inside the view yields nothing
+// instead of a read past the end.  The checks never compare offsets with the
+// raw file size themselves.
 #pragma once
 
 #include <cstdint>
 #include <optional>
 
-inline uint16_t decodeU16(const uint8_t* p) { return static_cast<uint16_t>(p[0] | (p[1] << 8)); }
-
-inline uint32_t decodeU32(const uint8_t* p) {
-  return static_cast<uint32_t>(p[0]) | (static_cast<uint32_t>(p[1]) << 8) |
-         (static_cast<uint32_t>(p[2]) << 16) | (static_cast<uint32_t>(p[3]) << 24);
-}
+#include "coding.h"
 
 class ByteView {
  public:
@@ -40,11 +35,18 @@ class ByteView {
   }
   std::optional<uint16_t> u16(uint64_t offset) const {
     if (!contains(offset, 2)) return std::nullopt;
-    return decodeU16(data_ + offset);
+    return decodeFixed16(data_ + offset);
   }
   std::optional<uint32_t> u32(uint64_t offset) const {
     if (!contains(offset, 4)) return std::nullopt;
-    return decodeU32(data_ + offset);
+    return decodeFixed32(data_ + offset);
+  }
+
+  // The encoded item length at offset; false when it does not lie wholly
+  // inside the view.
+  bool itemLength(uint64_t offset, uint32_t* value, uint32_t* width) const {
+    if (offset >= size_) return false;
+    return decodeItemLength(data_ + offset, size_ - offset, value, width);
   }
 
  private:

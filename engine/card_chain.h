@@ -8,18 +8,21 @@
 #pragma once
 
 #include <cstdint>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
-#include "engine/byte_view.h"
-#include "engine/card_record.h"
-#include "engine/findings.h"
-#include "engine/item_info.h"
+#include "byte_view.h"
+#include "card_record.h"
+#include "findings.h"
+#include "item_info.h"
 
 class cardChain : public Checker {
  public:
   // fileStart is the mapping, fileSize its length and the trace's limit.
   cardChain(uint32_t fileSize, const uint8_t* fileStart);
+  cardChain(const cardChain&) = delete;
+  cardChain& operator=(const cardChain&) = delete;
 
   // Walks the chain from the first-card offset.  1 when the walk reached the
   // end of the file, 0 when a salvage found nothing to resume at.
@@ -56,8 +59,18 @@ class cardChain : public Checker {
   uint32_t duplicates = 0;
 
  private:
+  // How often a salvage ran for each pair (failed card's offset, previous
+  // card's offset): what a salvage does depends only on that pair.
+  using SalvageMemory = std::unordered_map<uint64_t, int>;
+
+  // The steps of trace(), in the order they run for one card.
   int walk(uint32_t first, const ItemInfo& fields);
-  bool checkCard(CardRecord& record, const ItemInfo& fields);
+  CardRecord& readCard(size_t index, uint32_t offset, uint32_t first, int64_t* next);
+  bool cardPasses(CardRecord& record, int64_t next, const ItemInfo& fields);
+  int64_t salvageCandidate(size_t index, uint32_t offset, const ItemInfo& fields,
+                           SalvageMemory& memory) const;
+  void markGarbage(size_t index, int64_t declaredEnd, int64_t candidate);
+  void shortenPrevious(size_t index, uint32_t offset, int64_t candidate);
   void buildIndexes();
 
   // Whether record index has a later record with the same ID.

@@ -1,13 +1,13 @@
-#include "engine/card_checks.h"
+#include "card_checks.h"
 
 #include <array>
 #include <climits>
 #include <cstring>
 #include <ctime>
 
-#include "engine/box_format.h"
-#include "engine/findings.h"
-#include "engine/texts_ja.h"
+#include "box_format.h"
+#include "findings.h"
+#include "texts_ja.h"
 
 bool lengthFitsDataId(const ItemInfoEntry& entry, uint32_t length) {
   return box::lengthFits(entry.dataId, length);
@@ -70,7 +70,7 @@ bool checkItemValue(ByteView file, const ItemInfoEntry& entry, CardRecord& recor
     const int day = d[2] >> 3;
     const int month = d[3] & 0x0F;
     if (timeConverts(year, month, day, hour, minute, second)) return true;
-    reportHere(record, 0x20000080, "Illegal format of TIME.",
+    reportHere(record, code::card::kIllegalValue, "Illegal format of TIME.",
                " item %2d, data %02x%02x%02x%02x%02x %4d/%2d/%2d %02d:%02d:%02d.", item, d[0], d[1], d[2],
                d[3], d[4], year, month, day, hour, minute, second);
     return false;
@@ -78,7 +78,7 @@ bool checkItemValue(ByteView file, const ItemInfoEntry& entry, CardRecord& recor
   if (entry.dataId == box::kWeekDataId) {
     const auto day = file.u8(pos);
     if (!day || *day <= 6) return true;
-    reportHere(record, 0x20000080, "Illegal format of WEEK", " at %d (%02x).", item, *day);
+    reportHere(record, code::card::kIllegalValue, "Illegal format of WEEK", " at %d (%02x).", item, *day);
     return false;
   }
   return true;
@@ -94,7 +94,7 @@ int walkItemLengths(ByteView file, const ItemInfo& fields, CardRecord& record, u
   int decoded = 0;
   for (; decoded < count; ++decoded) {
     uint32_t width = 0;
-    if (!decodeItemLength(file, pos, &lengths[decoded], &width)) break;
+    if (!file.itemLength(pos, &lengths[decoded], &width)) break;
     pos += width;
     dataLength += lengths[decoded];  // wraps like the device's 32-bit sum
   }
@@ -128,23 +128,23 @@ int walkItemLengths(ByteView file, const ItemInfo& fields, CardRecord& record, u
 bool checkItems(ByteView file, CardRecord& record, const ItemInfo& fields) {
   const uint64_t offset = record.offset;
   if (walkItemLengths(file, fields, record, offset + box::kCardAreaOffset) > 0) {
-    reportHere(record, 0x40000800, "Item with illegal lenth is exist.");
+    reportHere(record, code::card::kIllegalLength, "Item with illegal lenth is exist.");
   }
   const uint32_t stated = file.u16(record.offset + box::kCardAreaLengthOffset).value_or(0);
   if (record.areaLength != stated) {
-    reportHere(record, 0x40000001, "Wrong size for Item data length area.");
+    reportHere(record, code::card::kWrongAreaLength, "Wrong size for Item data length area.");
   }
   if (record.size != record.areaLength + record.dataLength + 4) {
-    reportHere(record, 0x40000002, "Data area length and/or Items data length have wrong.");
+    reportHere(record, code::card::kWrongDataLength, "Data area length and/or Items data length have wrong.");
   }
-  return (record.level & (code::kCritical | code::kError)) == 0;
+  return (record.level & code::kFailing) == 0;
 }
 
 bool checkOffsetCardSize(CardRecord& record) {
   if (record.size % 4 != 0) {
-    reportHere(record, 0x40000200, "Illegal card size.");
+    reportHere(record, code::card::kIllegalOffsetCardSize, "Illegal card size.");
   } else if (record.size != box::kUsualOffsetCardSize) {
-    reportHere(record, 0x20000010, "Unusual card size.");
+    reportHere(record, code::card::kUnusualOffsetCardSize, "Unusual card size.");
   }
   return record.level == 0;
 }
@@ -159,7 +159,7 @@ bool dumpIndexCard(ByteView file, CardRecord& record) {
   uint64_t q = bodyStart;
   do {
     if (q + 2 > bodyEnd) break;
-    const uint32_t len = decodeU16(file.data() + q);
+    const uint32_t len = decodeFixed16(file.data() + q);
     if (len <= 2) break;
     // The name starts 12 bytes into the entry and is len - 10 bytes long.
     const uint64_t nameStart = q + 12;

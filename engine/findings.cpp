@@ -1,8 +1,8 @@
-#include "engine/findings.h"
+#include "findings.h"
 
-#include "engine/card_record.h"
-#include "engine/mapping_guard.h"
-#include "engine/reporter.h"
+#include "card_record.h"
+#include "mapping_guard.h"
+#include "reporter.h"
 
 Reporter* currentReporter = nullptr;
 bool debug = false;

@@ -13,20 +13,10 @@
 #include <cstdint>
 #include <ctime>
 
+#include "finding_codes.h"
+
 class Reporter;
 struct CardRecord;
-
-namespace code {
-inline constexpr uint32_t kCritical = 0x80000000;
-inline constexpr uint32_t kError = 0x40000000;
-inline constexpr uint32_t kWarning = 0x20000000;
-inline constexpr uint32_t kNotice = 0x10000000;
-inline constexpr uint32_t kInfo = 0x08000000;
-// Bits that let a finding through the first gate at card positions.
-inline constexpr uint32_t kDeliveryMask = 0xF1000000;
-// A level above this holds an Error or a Critical: the file failed.
-inline constexpr uint32_t kFailThreshold = 0x3FFFFFFF;
-}  // namespace code
 
 // Section indexes; 0 and above are card indexes.
 inline constexpr int32_t kHeaderSection = -1;
@@ -39,8 +29,8 @@ inline constexpr uint32_t kSummaryOffset = 100;
 // "Critical", "Error", "Warning", or null for a code without a severity name.
 const char* severityName(uint32_t code);
 // The code as shown by sinks that show the severity apart: bits 0xF1000000 cleared.
-inline uint32_t displayCode(uint32_t code) { return code & ~code::kDeliveryMask; }
-inline bool levelFails(uint32_t level) { return level > code::kFailThreshold; }
+inline constexpr uint32_t displayCode(uint32_t code) { return code & ~code::kDeliveryMask; }
+inline constexpr bool levelFails(uint32_t level) { return level > code::kFailThreshold; }
 
 // Base of every analysis object: the OR of the codes delivered against it.
 struct Checker {

@@ -6,9 +6,9 @@
 
 #include <cstdint>
 
-#include "engine/box_format.h"
-#include "engine/byte_view.h"
-#include "engine/findings.h"
+#include "box_format.h"
+#include "byte_view.h"
+#include "findings.h"
 
 class HeaderCheck : public Checker {
  public:
@@ -22,14 +22,14 @@ class HeaderCheck : public Checker {
   uint32_t check();
   uint32_t checkTotals(uint32_t garbageSize, uint32_t normalCards, uint16_t leastNullId, uint16_t maxId);
 
-  uint32_t firstCardOffset() const { return decodeU32(header + box::kFirstCardField); }
-  uint32_t itemInfoOffset() const { return decodeU32(header + box::kItemInfoOffsetField); }
-  uint32_t itemInfoSize() const { return decodeU32(header + box::kItemInfoSizeField); }
-  uint32_t defaultTableOffset() const { return decodeU32(header + box::kDefaultTableField); }
-  uint32_t totalGarbageSize() const { return decodeU32(header + box::kGarbageSizeField); }
-  uint16_t totalDataSize() const { return decodeU16(header + box::kDataSizeField); }
-  uint16_t leastNullCardId() const { return decodeU16(header + box::kLeastNullIdField); }
-  uint16_t maximumCardId() const { return decodeU16(header + box::kMaxIdField); }
+  uint32_t firstCardOffset() const { return decodeFixed32(header + box::kFirstCardField); }
+  uint32_t itemInfoOffset() const { return decodeFixed32(header + box::kItemInfoOffsetField); }
+  uint32_t itemInfoSize() const { return decodeFixed32(header + box::kItemInfoSizeField); }
+  uint32_t defaultTableOffset() const { return decodeFixed32(header + box::kDefaultTableField); }
+  uint32_t totalGarbageSize() const { return decodeFixed32(header + box::kGarbageSizeField); }
+  uint16_t totalDataSize() const { return decodeFixed16(header + box::kDataSizeField); }
+  uint16_t leastNullCardId() const { return decodeFixed16(header + box::kLeastNullIdField); }
+  uint16_t maximumCardId() const { return decodeFixed16(header + box::kMaxIdField); }
 
   const uint8_t* header;  // the 72 header bytes
 

@@ -1,4 +1,4 @@
-#include "engine/item_info.h"
+#include "item_info.h"
 
 #include <algorithm>
 #include <cstring>
@@ -15,7 +15,7 @@ ItemInfo::ItemInfo(ByteView file, uint32_t offset, uint32_t declaredSize) {
   const uint64_t end = start + declaredSize;
   uint64_t p = start + 1;
   if (!countByte) {
-    reportHere(*this, 0x80000010, "Item Info. lies outside the box file.", " (%04lx).",
+    reportHere(*this, code::items::kOutsideFile, "Item Info. lies outside the box file.", " (%04lx).",
                static_cast<unsigned long>(offset));
     p = start;
   }
@@ -29,7 +29,8 @@ ItemInfo::ItemInfo(ByteView file, uint32_t offset, uint32_t declaredSize) {
     const uint32_t kept = std::min(nameLength, box::kItemNameCapacity);
     const uint32_t fieldBytes = std::min<uint32_t>(L, box::kItemRecordFixedSize);
     if (!length || !file.contains(static_cast<uint32_t>(p + 2), uint64_t{fieldBytes} + kept)) {
-      reportHere(*this, 0x80000020, "Item Info. runs past the end of the box file.", " (%dth).", i);
+      reportHere(*this, code::items::kPastEndOfFile, "Item Info. runs past the end of the box file.",
+                 " (%dth).", i);
       break;
     }
     p += 2;
@@ -43,22 +44,23 @@ ItemInfo::ItemInfo(ByteView file, uint32_t offset, uint32_t declaredSize) {
     if (fieldBytes > 2) std::memcpy(e.tag, r + 2, fieldBytes - 2);
     std::memcpy(e.name, r + box::kItemRecordFixedSize, kept);
 
-    reportHere(*this, 0x08000000 + static_cast<uint32_t>(i), "", "[%2d] %2d %2d %s \"%s\"", i,
-               static_cast<int>(e.dataId), static_cast<int>(e.attribute), e.tag, e.name);
+    reportHere(*this, code::items::kRecordListing + static_cast<uint32_t>(i), "", "[%2d] %2d %2d %s \"%s\"",
+               i, static_cast<int>(e.dataId), static_cast<int>(e.attribute), e.tag, e.name);
     if (L < box::kItemRecordFixedSize) {
-      reportHere(*this, 0x40000004, "Item Info. record is too short.", " (%dth %d).", i, static_cast<int>(L));
+      reportHere(*this, code::items::kRecordTooShort, "Item Info. record is too short.", " (%dth %d).", i,
+                 static_cast<int>(L));
     } else if (nameLength > box::kItemNameCapacity) {
-      reportHere(*this, 0x20000008, "Item Info. name is too long.", " (%dth %d byte).", i,
+      reportHere(*this, code::items::kNameTooLong, "Item Info. name is too long.", " (%dth %d byte).", i,
                  static_cast<int>(nameLength));
     }
 
     p += L;
     if (p > end) {
-      reportHere(*this, 0x40000002, "Item Info. size is too large.");
+      reportHere(*this, code::items::kTooLarge, "Item Info. size is too large.");
       break;
     }
     if (e.dataId == 0 || e.dataId > box::kMaxDataId) {
-      reportHere(*this, 0x40000001, "Data ID is unknown", " (%dth %02x).", i,
+      reportHere(*this, code::items::kUnknownDataId, "Data ID is unknown", " (%dth %02x).", i,
                  static_cast<unsigned>(e.dataId));
       e.dataId = 0;
     }

@@ -7,9 +7,9 @@
 #include <cstdint>
 #include <vector>
 
-#include "engine/box_format.h"
-#include "engine/byte_view.h"
-#include "engine/findings.h"
+#include "box_format.h"
+#include "byte_view.h"
+#include "findings.h"
 
 struct ItemInfoEntry {
   uint32_t length = 0;  // the record's length field L

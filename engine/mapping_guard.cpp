@@ -1,4 +1,4 @@
-#include "engine/mapping_guard.h"
+#include "mapping_guard.h"
 
 #include <signal.h>
 #include <sys/mman.h>

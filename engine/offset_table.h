@@ -6,17 +6,55 @@
 #pragma once
 
 #include <cstdint>
+#include <unordered_set>
 #include <vector>
 
-#include "engine/byte_view.h"
-#include "engine/card_chain.h"
-#include "engine/findings.h"
+#include "byte_view.h"
+#include "card_chain.h"
+#include "findings.h"
 
+// One run of entries.
 struct OffsetSegment {
   uint32_t offset = 0;   // file offset of the first entry
   uint32_t firstId = 0;  // card ID of the first entry
   uint32_t count = 0;    // entries the run declares
+  int32_t card = -1;     // the offset card holding the run; -1 for the default table
 };
+
+// Walks the chain of runs: the default table first, then each offset card
+// its predecessor's link leads to.  The walk never visits an offset card
+// twice, so it ends on every file.
+class OffsetChainWalker {
+ public:
+  // Where the link behind the current run leads.
+  struct Link {
+    enum Kind {
+      kEnd,            // outside the file, or no card starts there
+      kNotOffsetCard,  // a card that is not an offset card
+      kLoop,           // an offset card already walked
+      kOffsetCard,     // the next run
+    } kind = kEnd;
+    uint32_t offset = 0;  // the link's value
+    int32_t card = -1;    // the card found there
+  };
+
+  OffsetChainWalker(ByteView file, const cardChain& chain);
+
+  const OffsetSegment& run() const { return run_; }
+  Link link() const;
+  // Moves to the run of the offset card the link leads to; false, staying
+  // put, when the link leads nowhere else.
+  bool advance();
+
+ private:
+  ByteView file_;
+  const cardChain& chain_;
+  OffsetSegment run_;
+  std::unordered_set<uint32_t> walked_;
+};
+
+// Every run the walk visits, in order.
+std::vector<OffsetSegment> offsetRuns(ByteView file, const cardChain& chain);
 
 class OffsetTable : public Checker {
  public:

@@ -1,4 +1,4 @@
-#include "gui/box_file_selecter.h"
+#include "box_file_selecter.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -7,6 +7,9 @@
 #include <QMenu>
 
 #include <cstdlib>
+
+#include "action_host.h"
+#include "resolution.h"
 
 const AppEntry boxFileSelecter::appTable[kRows] = {
     {QT_TR_NOOP("Calendar"), "datebook", "KQDATE", 1, 0},
@@ -17,6 +20,9 @@ const AppEntry boxFileSelecter::appTable[kRows] = {
     {QT_TR_NOOP("EMail outbox"), "qtmail", "kqoutbox", 0, 0},
     {QT_TR_NOOP("Other Boxes"), nullptr, nullptr, 0, 0},
 };
+
+// The rows the actions treat apart stand where the table has them.
+static_assert(boxFileSelecter::kRows == kOtherBoxesRow + 1);
 
 namespace {
 
@@ -108,3 +114,5 @@ QString boxFileSelecter::storageName() const {
       return tr("Main");
   }
 }
+
+bool boxFileSelecter::isFastLoad() const { return isOnPreloadList(currentRow().program); }

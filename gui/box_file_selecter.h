@@ -24,8 +24,6 @@ class boxFileSelecter : public QObject {
 
  public:
   static constexpr int kRows = 7;
-  static constexpr int kInboxRow = 4;
-  static constexpr int kOtherBoxesRow = 6;
   static const AppEntry appTable[kRows];
 
   // Fills both combo boxes, selects the first application and disables the

@@ -2,9 +2,9 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "app/command_line.h"
-#include "gui/vorn.h"
-#include "platform/qtopia/qpeapplication.h"
+#include <qpe/qpeapplication.h>
+#include "graphical_start.h"
+#include "vorn.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "gui/result_reporter.h"
+#include "result_reporter.h"
 
 #include <QApplication>
 #include <QBrush>
@@ -8,8 +8,9 @@
 
 #include <cstdio>
 
-#include "engine/findings.h"
-#include "gui/vorn_base.h"
+#include "entry_format.h"
+#include "findings.h"
+#include "vorn_base.h"
 
 namespace {
 
@@ -67,10 +68,7 @@ ResultReporter::~ResultReporter() {
   if (wasSorting_) list->setSortingEnabled(true);
 }
 
-void ResultReporter::message(const char* format, va_list args) {
-  std::vfprintf(stderr, format, args);
-  std::fputc('\n', stderr);
-}
+void ResultReporter::message(const char* format, va_list args) { writeDebugLine(stderr, format, args); }
 
 void ResultReporter::entry(int32_t index, uint32_t offset, uint32_t id, uint32_t size, uint32_t code,
                            const char* text, const char* format, va_list args) {
@@ -89,7 +87,7 @@ void ResultReporter::entry(int32_t index, uint32_t offset, uint32_t id, uint32_t
   if (!item) {
     item = new ResultItem(list, {col0, col1, col2, QString::number(index)});
     items_.insert(index, item);
-    if (echo) std::fprintf(stderr, " -- %4d: 0x%06x: 0x%04x, 0x%06x\n", index, offset, id, size);
+    if (echo) writePositionLine(stderr, index, offset, id, size);
   } else {
     if (static_cast<int32_t>(offset) > 0) item->setText(0, col0);
     item->setText(1, col1);
@@ -119,11 +117,7 @@ void ResultReporter::entry(int32_t index, uint32_t offset, uint32_t id, uint32_t
   }
   new QTreeWidgetItem(item, {col0, idText, context + detail, col1, col0});
 
-  if (echo) {
-    std::fprintf(stderr, "    %6.4x %s", code, text ? text : "");
-    if (format) std::vfprintf(stderr, format, echoArgs);
-    std::fputc('\n', stderr);
-  }
+  if (echo) writeFindingLine(stderr, code, text, format, echoArgs);
   va_end(echoArgs);
 }
 

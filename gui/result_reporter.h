@@ -6,7 +6,7 @@
 #include <QHash>
 #include <QTreeWidgetItem>
 
-#include "engine/reporter.h"
+#include "reporter.h"
 
 class QProgressBar;
 class QTreeWidget;

@@ -1,13 +1,15 @@
 // The main widget: the form with the box file selector, the wiring of its
-// buttons and check boxes, and the maintenance actions as slots.
+// buttons and check boxes, and the maintenance actions as slots.  It is the
+// host the actions of actions/ work through.
 #pragma once
 
 #include <QString>
 
-#include "gui/box_file_selecter.h"
-#include "gui/vorn_base.h"
+#include "action_host.h"
+#include "box_file_selecter.h"
+#include "vorn_base.h"
 
-class Vorn : public VornBase {
+class Vorn : public VornBase, public ActionHost {
   Q_OBJECT
 
  public:
@@ -20,14 +22,25 @@ class Vorn : public VornBase {
 
   boxFileSelecter selector;
 
+  // ActionHost.
+  QWidget* dialogParent() override;
+  QString boxFilePath(const char* suffix) const override;
+  QString boxDir(bool storageApplies) const override;
+  QString storageName() const override;
+  int applicationRow() const override;
+  bool isFastLoad() const override;
+  ActionSwitches switches() const override;
+  void clearResults() override;
+  void clearResultsForAnalysis() override;
+  void addResultRow(const QString& index, const QString& id, const QString& context) override;
+  std::unique_ptr<Reporter> resultReporter(bool echo) override;
+  void hideProgress() override;
+  void setBusy(bool busy) override;
+
  protected slots:
   void devModeEnebled();
   void showGC(bool analyseOnly);
   void analyze();
   void doGC();
   void slotBXD();
-
- private:
-  // The box library's own check of path, shown as two result rows.
-  void selfCheck(const QString& path);
 };

@@ -1,4 +1,4 @@
-#include "gui/vorn_base.h"
+#include "vorn_base.h"
 
 #include <QCheckBox>
 #include <QComboBox>

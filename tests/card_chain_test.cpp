@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/euc.h"
-#include "tests/support/output.h"
-#include "tools/boxgen/box_builder.h"
+#include "box_builder.h"
+#include "euc.h"
+#include "output.h"
 
 using namespace boxtest;
 
@@ -53,7 +53,7 @@ TEST(CardChainTrace, MissingTerminator) {
 
 TEST(CardChainTrace, FirstCardAtTheEndOfTheFileLeavesNoCards) {
   Bytes b = BoxBuilder().field(1, "NAME", "Name").card(1, {text("Alice")}).terminator().build().bytes;
-  putU32(b, 4, static_cast<uint32_t>(b.size()));
+  setHeader(b, HeaderField::kFirstCard, static_cast<uint32_t>(b.size()));
   // Nothing reports in between, so the findings keep the item info summary's position.
   EXPECT_EQ(section(analyse(b), "cardChain::trace", " --   -4: 0x000064: 0xfffffffc"),
             (Lines{"cardChain::trace () PTR 2151", " --   -4: 0x000064: 0xfffffffe, 0x00000d",
@@ -102,7 +102,7 @@ TEST(CardChainSalvage, CardHiddenInAnOverlongCardIsRecovered) {
                      .terminator()
                      .build();
   steer(box, 0, 1);
-  putU32(box.bytes, box.offsets[0] + 2, 21);
+  setCardSize(box.bytes, box.offsets[0], 21);
   EXPECT_EQ(traceOf(box.bytes),
             (Lines{"cardChain::trace () PTR 2167", " heuristic scan at 0x000865 (0x000870)",
                    " --    1: 0x000870: 0x6c41, 0xff656369", "    10000000 This card is disappeare.",
@@ -123,7 +123,7 @@ TEST(CardChainSalvage, BrokenFirstCardBecomesGarbageUpToTheNextCard) {
                      .terminator()
                      .build();
   steer(box, 0, 1);
-  putU32(box.bytes, box.offsets[0] + 2, 0x100000);
+  setCardSize(box.bytes, box.offsets[0], 0x100000);
   EXPECT_EQ(traceOf(box.bytes),
             (Lines{"cardChain::trace () PTR 2165", " heuristic scan at 0x000865 (0x000855)",
                    " --    0: 0x000855: 0x0001, 0x000866", "    40000400 Garbage data.",

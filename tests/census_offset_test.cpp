@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/euc.h"
-#include "tests/support/output.h"
-#include "tools/boxgen/box_builder.h"
+#include "box_builder.h"
+#include "euc.h"
+#include "output.h"
 
 using namespace boxtest;
 
@@ -129,10 +129,10 @@ TEST(Census, AllFourHeaderTotalsWrong) {
   builder.field(1, "NAME", "Name");
   for (uint16_t id = 1; id <= 300; ++id) builder.card(id, {text("")});
   Bytes b = builder.terminator().build().bytes;
-  putU32(b, 48, 5);
-  putU16(b, 52, 0x0102);
-  putU16(b, 54, 0x10);
-  putU16(b, 56, 0x200);
+  setHeader(b, HeaderField::kGarbageSize, 5);
+  setHeader(b, HeaderField::kDataSize, 0x0102);
+  setHeader(b, HeaderField::kLeastNullId, 0x10);
+  setHeader(b, HeaderField::kMaxId, 0x200);
   EXPECT_EQ(totals(analyse(b)), (Lines{kTotals, kTotals, "    8000004 Total garbage size  0005h byte.",
                                        kTotals, "    40000100 Total garbage size is wrong (5 => 0).", kTotals,
                                        "    8000005 Total data size  0102h byte.", kTotals,
@@ -155,13 +155,13 @@ TEST(OffsetTable, EntriesAndALinkToANormalCard) {
                      .card(7, {text("F")})
                      .terminator()
                      .build();
-  const auto entry = [&](uint32_t id, uint32_t value) { putU32(box.bytes, 116 + 4 * (id - 1), value); };
-  entry(2, 0);                              // card 2 exists: no offset information
-  entry(3, box.offsets[0]);                 // card 1's offset: wrong
-  entry(4, 0xFFFFFFFF);                     // free ID, no offset: counts nowhere
-  entry(5, box.offsets[4]);                 // the second card 5: only the first matches
-  entry(9, box.offsets[5]);                 // no card 9
-  putU32(box.bytes, 2116, box.offsets[5]);  // link to normal card 7
+  const auto entry = [&](uint32_t id, uint32_t value) { setDefaultEntry(box.bytes, id, value); };
+  entry(2, 0);                                // card 2 exists: no offset information
+  entry(3, box.offsets[0]);                   // card 1's offset: wrong
+  entry(4, 0xFFFFFFFF);                       // free ID, no offset: counts nowhere
+  entry(5, box.offsets[4]);                   // the second card 5: only the first matches
+  entry(9, box.offsets[5]);                   // no card 9
+  setDefaultLink(box.bytes, box.offsets[5]);  // link to normal card 7
   EXPECT_EQ(offsetTable(analyse(box.bytes)), (Lines{kTable, kTable, "    8000001 at 0x000074 [   1 -  500]",
                                                     euc(" -- 0x000000 0x0002: オフセット情報がない."),
                                                     euc(" -- 0x000855 0x0003: オフセット情報間違い."),
@@ -185,8 +185,8 @@ TEST(OffsetTable, OversizedOffsetCardHoldsAnExtraEntry) {
                      .terminator()
                      .build();
   steer(box, 0, 3);
-  putU32(box.bytes, 2116, box.offsets[1]);
-  putU32(box.bytes, box.offsets[1] + 6 + 4 * 128, box.offsets[3]);  // entry 129: card 629
+  setDefaultLink(box.bytes, box.offsets[1]);
+  setOffsetCardEntry(box.bytes, box.offsets[1], 128, box.offsets[3]);  // entry 129: card 629
   EXPECT_EQ(offsetTable(analyse(box.bytes)),
             (Lines{kTable, kTable, "    8000001 at 0x000074 [   1 -  500]", kTable,
                    "    20000001 Offset card size != 0x204 (0x208)", kTable,
@@ -203,7 +203,7 @@ TEST(OffsetTable, ChainOfOffsetCardsLinkingBack) {
                      .card(630, {text("B")})
                      .terminator()
                      .build();
-  putU32(box.bytes, box.offsets[2] + 6 + 4 * 128, box.offsets[1]);  // second card links to the first
+  setOffsetCardLink(box.bytes, box.offsets[2], box.offsets[1]);  // second card links to the first
   EXPECT_EQ(
       offsetTable(analyse(box.bytes)),
       (Lines{kTable, kTable, "    8000001 at 0x000074 [   1 -  500]", kTable,
@@ -223,7 +223,7 @@ TEST(OffsetTable, OffsetCardTooSmallForEntries) {
                      .terminator()
                      .build();
   steer(box, 0, 2);
-  putU32(box.bytes, 2116, box.offsets[1]);
+  setDefaultLink(box.bytes, box.offsets[1]);
   EXPECT_EQ(offsetTable(analyse(box.bytes)),
             (Lines{kTable, kTable, "    8000001 at 0x000074 [   1 -  500]", kTable,
                    "    20000001 Offset card size != 0x204 (0x000)", kTable,

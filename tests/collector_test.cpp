@@ -11,10 +11,10 @@
 #include <fstream>
 #include <iterator>
 
-#include "platform/boxlib/boxlib.h"
-#include "platform/boxlib/collector_io.h"
-#include "tests/support/run_vorn.h"
-#include "tools/boxgen/box_builder.h"
+#include "box_builder.h"
+#include "boxlib.h"
+#include "collector_io.h"
+#include "run_vorn.h"
 
 using namespace boxtest;
 
@@ -61,8 +61,8 @@ std::vector<std::string> leftovers(const std::string& dir) {
 TEST(Collector, DropsGarbageAndKeepsEveryOtherCardInOrder) {
   const BuiltBox built = bookWithGarbage(700);
   Bytes before = built.bytes;
-  putU16(before, 52, 3);  // stale totals and entries are repaired
-  putU32(before, 116 + 4 * 20, 0);
+  setHeader(before, HeaderField::kDataSize, 3);  // stale totals and entries are repaired
+  setDefaultEntry(before, 21, 0);
   TempBox box(before);
   ASSERT_EQ(chmod(box.path().c_str(), 0640), 0);
 
@@ -103,10 +103,10 @@ TEST(Collector, DropsGarbageAndKeepsEveryOtherCardInOrder) {
 TEST(Collector, RefusesDamageItCannotRepairAndLeavesTheFileAlone) {
   const BuiltBox built = bookWithGarbage(40);
   std::vector<Bytes> damaged(5, built.bytes);
-  putU16(damaged[0], built.offsets[3] + 8, 1);  // a broken card
-  damaged[1][0x848 + 3] = 0;                    // unknown data ID
-  putU32(damaged[2], 16, 0x10);                 // table laid on the header: Critical
-  damaged[3].resize(damaged[3].size() - 30);    // cut short
+  setStatedAreaLength(damaged[0], built.offsets[3], 1);     // a broken card
+  setItemDataId(damaged[1], 0, 0);                          // unknown data ID
+  setHeader(damaged[2], HeaderField::kDefaultTable, 0x10);  // table laid on the header: Critical
+  damaged[3].resize(damaged[3].size() - 30);                // cut short
   // The item info read from a copy inside a garbage card, behind the first
   // card: only an unusual offset, but collecting would drop it.
   {
@@ -115,7 +115,7 @@ TEST(Collector, RefusesDamageItCannotRepairAndLeavesTheFileAlone) {
     b.rawItemInfo(itemInfo).rawCard(0, itemInfo).card(1, {text("Ann"), timeValue(103, 1, 2, 3, 4, 5)});
     const BuiltBox moved = b.indexCard({{"NAME", "n.idx"}}).terminator().build();
     damaged[4] = moved.bytes;
-    putU32(damaged[4], 8, moved.offsets[0] + 6);
+    setHeader(damaged[4], HeaderField::kItemInfoOffset, moved.offsets[0] + 6);
     const std::vector<std::string> found = problems(TempBox(damaged[4]).path());
     ASSERT_EQ(found.size(), 1u);
     EXPECT_NE(found[0].find("20000004 Unusual offset of Item Info."), std::string::npos);

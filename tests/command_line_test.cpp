@@ -7,9 +7,9 @@
 #include <cstdio>
 #include <string>
 
-#include "tests/support/hostile_files.h"
-#include "tests/support/run_vorn.h"
-#include "tools/boxgen/box_builder.h"
+#include "box_builder.h"
+#include "hostile_files.h"
+#include "run_vorn.h"
 
 using namespace boxtest;
 
@@ -37,7 +37,7 @@ TEST(ModeChoice, OnlyTheFirstArgumentDecides) {
 
 TEST(ModeChoice, FindingsDoNotChangeTheExitStatus) {
   Bytes b = BoxBuilder().terminator().build().bytes;
-  putU32(b, 16, 0);  // Critical: table laid on the header
+  setHeader(b, HeaderField::kDefaultTable, 0);  // Critical: table laid on the header
   TempBox box(b);
   const RunResult r = runVorn({box.path()});
   EXPECT_EQ(r.status, 0);

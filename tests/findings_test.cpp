@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "engine/findings.h"
-#include "engine/reporter.h"
+#include "findings.h"
+#include "reporter.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/euc.h"
-#include "tests/support/output.h"
-#include "tools/boxgen/box_builder.h"
+#include "box_builder.h"
+#include "euc.h"
+#include "output.h"
 
 using namespace boxtest;
 
@@ -73,7 +73,7 @@ Lines headerWith(std::initializer_list<std::pair<size_t, uint32_t>> fields) {
 
 TEST(HeaderCheck, SignatureAndDefaultTablePlacement) {
   Bytes b = smallSoundBox().bytes;
-  b[3] = 0x30;
+  setSignatureByte(b, 3, 0x30);
   EXPECT_EQ(headerSection(b), (Lines{kHeaderStart, kHeaderStart, "    8000001 Box file headerff 00 10 30",
                                      kHeaderStart, "    20000001 Box file header has sick.", kHeaderStart,
                                      "    8000002 Default offset tableat  48h", kHeaderStart,
@@ -124,7 +124,7 @@ TEST(HeaderCheck, ShortFileReadsMissingHeaderBytesAsZero) {
 // Item info sections.  The record bytes are written by hand here.
 Bytes boxWithItemInfo(const Bytes& itemInfo, uint32_t declared) {
   Bytes b = BoxBuilder().rawItemInfo(itemInfo).terminator().build().bytes;
-  putU32(b, 12, declared);
+  setHeader(b, HeaderField::kItemInfoSize, declared);
   return b;
 }
 
@@ -195,7 +195,7 @@ TEST(ItemInfoCheck, TableCutOffByTheEndOfTheFile) {
   b.pop_back();  // drop the terminator
   b.pop_back();
   b.push_back(8);  // half a length field
-  putU32(b, 4, static_cast<uint32_t>(b.size()));
+  setHeader(b, HeaderField::kFirstCard, static_cast<uint32_t>(b.size()));
   EXPECT_EQ(itemSection(b),
             (Lines{kItemStart, kItemStart, "    8000000 [ 0]  1  0 ABCD \"\"", kItemStart,
                    "    80000020 Item Info. runs past the end of the box file. (1th).",

@@ -5,11 +5,11 @@
 #include <map>
 #include <set>
 
-#include "engine/box_analysis.h"
-#include "engine/findings.h"
-#include "engine/reporter.h"
-#include "tools/boxgen/address_book.h"
-#include "tools/boxgen/box_builder.h"
+#include "address_book.h"
+#include "box_analysis.h"
+#include "box_builder.h"
+#include "findings.h"
+#include "reporter.h"
 
 using namespace boxtest;
 
@@ -102,7 +102,7 @@ TEST(IndexedLookups, AgreeWithListSearchesOnDuplicatesAndDescendingIds) {
   for (unsigned id = 5000; id >= 1; --id) b.card(static_cast<uint16_t>(id), addressValues(id));
   b.card(7, addressValues(7)).card(7, addressValues(8)).garbage(10).card(300, addressValues(300));
   BuiltBox box = b.terminator().build();
-  putU16(box.bytes, box.offsets[4500] + 8, 1);  // card 500 fails: an error card, salvaged
+  setStatedAreaLength(box.bytes, box.offsets[4500], 1);  // card 500 fails: an error card, salvaged
   expectIndexesAgree(box.bytes);
 }
 
@@ -119,7 +119,7 @@ TEST(IndexedLookups, AgreeWhenASalvageReadsARecordAgainAtTheSameOffset) {
                      .card(2, {text("Ed")})
                      .terminator()
                      .build();
-  putU16(box.bytes, box.offsets[1] + 8, 0);
+  setStatedAreaLength(box.bytes, box.offsets[1], 0);
   EXPECT_TRUE(expectIndexesAgree(box.bytes));
 }
 

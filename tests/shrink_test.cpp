@@ -1,10 +1,10 @@
 // A box file that another process truncates while it is being analysed.
 #include <gtest/gtest.h>
 
-#include "app/command_line.h"
-#include "engine/findings.h"
-#include "tests/support/shrinker.h"
-#include "tools/boxgen/address_book.h"
+#include "address_book.h"
+#include "command_line.h"
+#include "findings.h"
+#include "shrinker.h"
 
 using namespace boxtest;
 
@@ -14,7 +14,7 @@ TEST(ShrinkingFile, CommandLineKeepsWhatItPrintedAndSaysSo) {
   // 3000 cards; card 2 has a finding, the cut comes at card 200, in the
   // first pages, so everything behind it is gone.
   BuiltBox built = bigAddressBook(3000, false);
-  putU32(built.bytes, 16, 0x50);  // a header warning to see in the output
+  setHeader(built.bytes, HeaderField::kDefaultTable, 0x50);  // a header warning to see in the output
   TempBox box(built.bytes);
   resetReportState();
   testing::internal::CaptureStdout();

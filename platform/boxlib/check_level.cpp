@@ -1,6 +1,6 @@
-#include "engine/findings.h"
-#include "platform/boxlib/boxlib.h"
-#include "platform/boxlib/silent_analysis.h"
+#include "boxlib.h"
+#include "findings.h"
+#include "silent_analysis.h"
 
 extern "C" int _BXDFileCheckLevel(const char* path, int level) {
   if (!path) return BXD_CHECK_UNREADABLE & level;

@@ -11,20 +11,26 @@
 #include <string>
 #include <vector>
 
-#include "engine/box_format.h"
-#include "engine/findings.h"
-#include "platform/boxlib/boxlib.h"
-#include "platform/boxlib/collector_io.h"
-#include "platform/boxlib/silent_analysis.h"
+#include "box_format.h"
+#include "boxlib.h"
+#include "collector_io.h"
+#include "findings.h"
+#include "silent_analysis.h"
 
 CollectorIo collectorIo = {::write, ::fsync, ::rename};
 
 namespace {
+// The new offset of a record the collection drops.
+constexpr uint32_t kDropped = UINT32_MAX;
+}  // namespace
 
-// Offset table errors that collection repairs: wrong entries (0x40000002).
-// A link to a card that is no offset card, a loop, or a run cut off by the
-// end of the file are not repaired.
-constexpr uint32_t kUnrepairableTableBits = 0x4 | 0x8 | 0x10;
+namespace {
+
+// Offset table Errors that collection does not repair: a link to a card that
+// is no offset card, a loop, a run cut off by the end of the file.  Wrong
+// entries it repairs, since it rewrites every entry.
+constexpr uint32_t kUnrepairableTable =
+    displayCode(code::table::kNotOffsetCard | code::table::kLinkLoops | code::table::kRunPastEnd);
 
 bool repairable(const BoxAnalysis& a) {
   const uint32_t header = a.headerCheck->level;
@@ -33,9 +39,9 @@ bool repairable(const BoxAnalysis& a) {
   // The header's only Errors are its four totals, which are rewritten.
   if (a.itemInfo->level & code::kError) return false;
   if (a.chain->level & code::kError) return false;
-  if ((table & code::kError) && (table & kUnrepairableTableBits)) return false;
+  if ((table & code::kError) && (table & kUnrepairableTable)) return false;
   for (const CardRecord& card : a.chain->cards) {
-    if (card.level & (code::kCritical | code::kError)) return false;
+    if (card.level & code::kFailing) return false;
   }
   // Everything before the first card is copied as it stands, so that is
   // where the item info must lie: behind it, it could be inside a garbage
@@ -45,13 +51,19 @@ bool repairable(const BoxAnalysis& a) {
   return first <= a.file.size && itemInfoEnd <= first && a.chain->normalCount <= UINT16_MAX;
 }
 
-void putU16(std::vector<uint8_t>& b, size_t at, uint16_t v) {
-  b[at] = static_cast<uint8_t>(v);
-  b[at + 1] = static_cast<uint8_t>(v >> 8);
-}
-
-void putU32(std::vector<uint8_t>& b, size_t at, uint32_t v) {
-  for (int k = 0; k < 4; ++k) b[at + k] = static_cast<uint8_t>(v >> (8 * k));
+// Writes a run's entries and link at entriesAt in the new box: every entry
+// the new offset of the first card with its ID (0 for a free ID).
+void rewriteRun(std::vector<uint8_t>& out, uint64_t entriesAt, const OffsetSegment& run, uint32_t link,
+                const cardChain& chain, const std::vector<uint32_t>& moved) {
+  const uint64_t linkAt = entriesAt + box::kOffsetEntrySize * uint64_t{run.count};
+  if (linkAt + box::kOffsetEntrySize > out.size()) return;
+  for (uint32_t j = 0; j < run.count; ++j) {
+    const int32_t found = chain.findById(static_cast<uint16_t>(run.firstId + j));
+    const uint32_t value = found < 0 ? 0 : moved[static_cast<size_t>(found)];
+    encodeFixed32(out.data() + entriesAt + box::kOffsetEntrySize * uint64_t{j},
+                  value == kDropped ? 0 : value);
+  }
+  encodeFixed32(out.data() + linkAt, link);
 }
 
 // The compacted box.  Everything before the first card (header, default
@@ -63,55 +75,34 @@ std::vector<uint8_t> compact(const BoxAnalysis& a) {
   const uint32_t first = a.headerCheck->firstCardOffset();
   std::vector<uint8_t> out(data, data + first);
 
-  // New offset of every record, UINT32_MAX for the dropped ones.
-  std::vector<uint32_t> moved(chain.cards.size(), UINT32_MAX);
+  // New offset of every record, kDropped for the dropped ones.
+  std::vector<uint32_t> moved(chain.cards.size(), kDropped);
   bool terminated = false;
   for (size_t i = 0; i < chain.cards.size(); ++i) {
     const CardRecord& card = chain.cards[i];
     if (card.id == box::kGarbageId) continue;
-    const bool terminator = card.id == box::kTerminatorId && i + 1 == chain.cards.size() &&
-                            uint64_t{card.offset} + box::kTerminatorSize == a.file.size;
-    const uint64_t length = terminator ? box::kTerminatorSize : uint64_t{box::kCardHeadSize} + card.size;
+    terminated = box::isTerminatorAt(card.offset, card.id, a.file.size);
+    const uint64_t length = terminated ? box::kTerminatorSize : uint64_t{box::kCardHeadSize} + card.size;
     moved[i] = static_cast<uint32_t>(out.size());
     out.insert(out.end(), data + card.offset, data + card.offset + length);
-    terminated = terminator;
   }
-  if (!terminated) out.insert(out.end(), {0xFF, 0xFF});
+  if (!terminated) appendFixed16(out, box::kTerminatorId);
 
-  // Offset table runs, in the order the analysis walked them: every entry
-  // gets the new offset of the first card with its ID (0 for a free ID),
-  // every link the new place of the next offset card.
-  auto newOffsetOfId = [&](uint16_t id) -> uint32_t {
-    const int32_t found = chain.findById(id);
-    return found < 0
-               ? 0
-               : (moved[static_cast<size_t>(found)] == UINT32_MAX ? 0 : moved[static_cast<size_t>(found)]);
-  };
-  const auto& runs = a.offsetTable.segments;
+  // The offset table's runs, in the order the analysis walks them; each link
+  // gets the new place of the next run's offset card.
+  const std::vector<OffsetSegment> runs = offsetRuns(a.file.view(), chain);
   for (size_t s = 0; s < runs.size(); ++s) {
     const OffsetSegment& run = runs[s];
-    // Where the run's entries stand in the new file.
-    uint64_t entries = run.offset;
-    if (s > 0) {
-      const int32_t card = chain.findByOffset(run.offset - box::kCardHeadSize);
-      entries = uint64_t{moved[static_cast<size_t>(card)]} + box::kCardHeadSize;
-    }
-    if (entries + 4 * uint64_t{run.count} + 4 > out.size()) continue;  // not an offset card of its own
-    for (uint32_t j = 0; j < run.count; ++j) {
-      putU32(out, entries + 4 * uint64_t{j}, newOffsetOfId(static_cast<uint16_t>(run.firstId + j)));
-    }
-    uint32_t link = 0;
-    if (s + 1 < runs.size()) {
-      const int32_t next = chain.findByOffset(runs[s + 1].offset - box::kCardHeadSize);
-      link = moved[static_cast<size_t>(next)];
-    }
-    putU32(out, entries + 4 * uint64_t{run.count}, link);
+    const uint64_t entriesAt =
+        run.card < 0 ? run.offset : uint64_t{moved[static_cast<size_t>(run.card)]} + box::kCardHeadSize;
+    const uint32_t link = s + 1 < runs.size() ? moved[static_cast<size_t>(runs[s + 1].card)] : 0;
+    rewriteRun(out, entriesAt, run, link, chain, moved);
   }
 
-  putU32(out, box::kGarbageSizeField, 0);
-  putU16(out, box::kDataSizeField, static_cast<uint16_t>(chain.normalCount));
-  putU16(out, box::kLeastNullIdField, chain.leastNullId);
-  putU16(out, box::kMaxIdField, chain.maxId);
+  encodeFixed32(out.data() + box::kGarbageSizeField, 0);
+  encodeFixed16(out.data() + box::kDataSizeField, static_cast<uint16_t>(chain.normalCount));
+  encodeFixed16(out.data() + box::kLeastNullIdField, chain.leastNullId);
+  encodeFixed16(out.data() + box::kMaxIdField, chain.maxId);
   return out;
 }
 

@@ -1,33 +1,11 @@
-#include "platform/boxlib/silent_analysis.h"
+#include "silent_analysis.h"
 
-#include "engine/findings.h"
+#include "report_scope.h"
 
-SilentAnalysis::SilentAnalysis(const char* path)
-    : analysis(path),
-      reporter_(currentReporter),
-      debug_(debug),
-      verbose_(verbose),
-      noisy_(noisy),
-      index_(lastIndex),
-      offset_(lastOffset),
-      id_(lastId),
-      size_(lastSize),
-      progressTime_(lastProgressTime) {
+SilentAnalysis::SilentAnalysis(const char* path) : analysis(path) {
   if (!analysis.file.data) return;
-  currentReporter = &silent_;
-  debug = verbose = noisy = false;
+  Silent silent;
+  ReportScope scope(&silent, {});
   analysis.run();
   ran_ = true;
-}
-
-SilentAnalysis::~SilentAnalysis() {
-  currentReporter = reporter_;
-  debug = debug_;
-  verbose = verbose_;
-  noisy = noisy_;
-  lastIndex = index_;
-  lastOffset = offset_;
-  lastId = id_;
-  lastSize = size_;
-  lastProgressTime = progressTime_;
 }

@@ -1,4 +1,4 @@
-#include "platform/qtopia/config.h"
+#include <qpe/config.h>
 
 #include <QDir>
 #include <QFile>

@@ -1,4 +1,4 @@
-#include "platform/qtopia/qcopenvelope.h"
+#include <qpe/qcopenvelope.h>
 
 #include <QProcess>
 #include <QStandardPaths>

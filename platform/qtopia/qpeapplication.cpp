@@ -1,4 +1,4 @@
-#include "platform/qtopia/qpeapplication.h"
+#include <qpe/qpeapplication.h>
 
 #include <QScreen>
 #include <QWidget>

@@ -1,19 +1,15 @@
-// The whole analysis, with Debug, Verbose and Noisy on, over any bytes.
-#include <cstdlib>
-
-#include "engine/box_analysis.h"
-#include "engine/findings.h"
-#include "tests/fuzz/fuzz_support.h"
+// The whole analysis, with Debug, Verbose and Noisy on, over any bytes held
+// in memory.
+#include "box_analysis.h"
+#include "findings.h"
+#include "fuzz_support.h"
+#include "report_scope.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  static const std::string path = fuzz::scratchDir() + "/INPUT.BOX";
-  fuzz::writeFile(path, data, size);
-  fuzz::FormattingSink sink;
-  BoxAnalysis analysis(path.c_str());
-  currentReporter = &sink;
-  debug = verbose = noisy = true;
+  static fuzz::FormattingSink sink;
   setProgressClock(fuzz::everySecond);
+  BoxAnalysis analysis(ByteView(data, static_cast<uint32_t>(size)));
+  ReportScope scope(&sink, {.debug = true, .verbose = true, .noisy = true});
   analysis.run();
-  currentReporter = nullptr;
   return 0;
 }

@@ -5,8 +5,8 @@
 #include <iterator>
 #include <vector>
 
-#include "platform/boxlib/boxlib.h"
-#include "tests/fuzz/fuzz_support.h"
+#include "boxlib.h"
+#include "fuzz_support.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static const std::string path = fuzz::scratchDir() + "/KQDATE.BOX";

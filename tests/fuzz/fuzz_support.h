@@ -3,7 +3,6 @@
 // through.
 #pragma once
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,7 +11,9 @@
 #include <cstdlib>
 #include <string>
 
-#include "engine/reporter.h"
+#include "box_builder.h"
+#include "entry_format.h"
+#include "reporter.h"
 
 namespace fuzz {
 
@@ -29,31 +30,26 @@ inline const std::string& scratchDir() {
 
 // Writes the input as the file at path, replacing what was there.
 inline void writeFile(const std::string& path, const uint8_t* data, size_t size) {
-  const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-  if (fd < 0) abort();
-  for (size_t done = 0; done < size;) {
-    const ssize_t n = write(fd, data + done, size - done);
-    if (n <= 0) abort();
-    done += static_cast<size_t>(n);
-  }
-  close(fd);
+  if (!boxtest::writeFile(path, boxtest::Bytes(data, data + size))) abort();
 }
 
-// Formats every entry and line, as a real sink would, then drops it.
+// Formats every entry and line as the console does, into nowhere.
 class FormattingSink : public Reporter {
  public:
+  FormattingSink() : out_(std::fopen("/dev/null", "w")) {
+    if (!out_) abort();
+  }
+  ~FormattingSink() override { std::fclose(out_); }
   void message(const char* format, va_list args) override __attribute__((format(printf, 2, 0))) {
-    std::vsnprintf(buffer_, sizeof buffer_, format, args);
+    writeDebugLine(out_, format, args);
   }
   void entry(int32_t index, uint32_t offset, uint32_t id, uint32_t size, uint32_t code, const char* text,
              const char* format, va_list args) override __attribute__((format(printf, 8, 0))) {
-    std::snprintf(buffer_, sizeof buffer_, " -- %4d: 0x%06x: 0x%04x, 0x%06x %6.4x %s", index, offset, id,
-                  size, code, text ? text : "");
-    if (format) std::vsnprintf(buffer_, sizeof buffer_, format, args);
+    writeEntry(out_, index, offset, id, size, code, text, format, args);
   }
 
  private:
-  char buffer_[8192];
+  FILE* out_;
 };
 
 inline time_t everySecond() {

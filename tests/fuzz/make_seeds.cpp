@@ -5,8 +5,8 @@
 #include <cstdio>
 #include <string>
 
-#include "tests/support/hostile_files.h"
-#include "tools/boxgen/box_builder.h"
+#include "box_builder.h"
+#include "hostile_files.h"
 
 using namespace boxtest;
 
@@ -35,29 +35,25 @@ int main(int argc, char** argv) {
     seeds.push_back({name, std::move(b)});
   };
   with("deleted card too long",
-       [&](Bytes& b) { putU32(b, sound.offsets[2] + 2, getU32(b, sound.offsets[2] + 2) + 9); });
-  with("wrong area length", [&](Bytes& b) { putU16(b, sound.offsets[1] + 8, 2); });
-  with("size rule", [&](Bytes& b) { putU32(b, sound.offsets[0] + 2, getU32(b, sound.offsets[0] + 2) - 1); });
-  with("bad time and week", [&](Bytes& b) { b[sound.offsets[0] + 14 + 6] = 0xFF; });
-  with("duplicate id", [&](Bytes& b) { putU16(b, sound.offsets[3], 1); });
+       [&](Bytes& b) { setCardSize(b, sound.offsets[2], cardSize(b, sound.offsets[2]) + 9); });
+  with("wrong area length", [&](Bytes& b) { setStatedAreaLength(b, sound.offsets[1], 2); });
+  with("size rule", [&](Bytes& b) { setCardSize(b, sound.offsets[0], cardSize(b, sound.offsets[0]) - 1); });
+  with("bad time", [&](Bytes& b) { b[itemValueAt(b, sound.offsets[0], 1)] = 0xFF; });
+  with("duplicate id", [&](Bytes& b) { setCardId(b, sound.offsets[3], 1); });
   with("wrong entries", [&](Bytes& b) {
-    putU32(b, 116, sound.offsets[3]);
-    putU32(b, 120, 0);
+    setDefaultEntry(b, 1, sound.offsets[3]);
+    setDefaultEntry(b, 2, 0);
   });
   with("stale totals", [&](Bytes& b) {
-    putU32(b, 48, 7);
-    putU16(b, 52, 9);
+    setHeader(b, HeaderField::kGarbageSize, 7);
+    setHeader(b, HeaderField::kDataSize, 9);
   });
   with("no terminator", [&](Bytes& b) { b.resize(b.size() - 2); });
-  with("no index card", [&](Bytes& b) { putU16(b, sound.offsets[sound.offsets.size() - 2], 0xFF33); });
+  with("no index card", [&](Bytes& b) { setCardId(b, sound.offsets[sound.offsets.size() - 2], 0xFF33); });
 
   int n = 0;
   for (const HostileFile& seed : seeds) {
-    const std::string path = std::string(argv[1]) + "/seed-" + std::to_string(n++);
-    FILE* f = std::fopen(path.c_str(), "wb");
-    if (!f) return 1;
-    if (!seed.bytes.empty()) std::fwrite(seed.bytes.data(), 1, seed.bytes.size(), f);
-    std::fclose(f);
+    if (!writeFile(std::string(argv[1]) + "/seed-" + std::to_string(n++), seed.bytes)) return 1;
   }
   return 0;
 }

@@ -7,13 +7,13 @@
 #include <QTest>
 #include <QTreeWidget>
 
-#include "actions/self_check.h"
-#include "gui/vorn.h"
-#include "platform/boxlib/boxlib.h"
-#include "tests/gui/gui_support.h"
-#include "tests/support/hostile_files.h"
-#include "tests/support/shrinker.h"
-#include "tools/boxgen/address_book.h"
+#include "address_book.h"
+#include "boxlib.h"
+#include "gui_support.h"
+#include "hostile_files.h"
+#include "self_check.h"
+#include "shrinker.h"
+#include "vorn.h"
 
 using namespace boxtest;
 
@@ -120,7 +120,7 @@ class ActionsTest : public QObject {
   void shrinkingBoxKeepsTheRowsAndWarns() {
     TempHome home;
     Bytes bytes = bigAddressBook(3000, false).bytes;
-    putU32(bytes, 16, 0x50);
+    setHeader(bytes, HeaderField::kDefaultTable, 0x50);
     const QString path = home.put("KQDATE.BOX", bytes);
     Vorn w;
     w.show();

@@ -9,8 +9,8 @@
 #include <QTest>
 #include <QTreeWidget>
 
-#include "gui/vorn.h"
-#include "tests/gui/gui_support.h"
+#include "gui_support.h"
+#include "vorn.h"
 
 class FormTest : public QObject {
   Q_OBJECT

@@ -10,11 +10,11 @@
 #include <QTest>
 #include <QTreeWidget>
 
-#include "actions/garbage_collection.h"
-#include "gui/vorn.h"
-#include "platform/boxlib/boxlib.h"
-#include "tests/gui/gui_support.h"
-#include "tests/support/run_vorn.h"
+#include "boxlib.h"
+#include "garbage_collection.h"
+#include "gui_support.h"
+#include "run_vorn.h"
+#include "vorn.h"
 
 using namespace boxtest;
 
@@ -212,12 +212,11 @@ class GcActionTest : public QObject {
     // The inbox on the SD card, and the row whose pattern names the box itself.
     w->appliCombo->setCurrentIndex(4);
     w->storageCombo->setCurrentIndex(1);
-    QCOMPARE(indexRemovals(w->selector, true),
-             (QList<QByteArray>{"/bin/rm -rf /mnt/card/QtPalmtop/bxd/kqinbox*.idx",
-                                "/bin/rm -rf /mnt/card/QtPalmtop/bxd/kqinbox*.tdx",
-                                "/bin/rm -rf /mnt/card/QtPalmtop/bxd/vn*.tdx"}));
+    QCOMPARE(indexRemovals(*w, true), (QList<QByteArray>{"/bin/rm -rf /mnt/card/QtPalmtop/bxd/kqinbox*.idx",
+                                                         "/bin/rm -rf /mnt/card/QtPalmtop/bxd/kqinbox*.tdx",
+                                                         "/bin/rm -rf /mnt/card/QtPalmtop/bxd/vn*.tdx"}));
     w->appliCombo->setCurrentIndex(6);
-    QVERIFY(indexRemovals(w->selector, true).isEmpty());
+    QVERIFY(indexRemovals(*w, true).isEmpty());
   }
 
   void hostileDirectoriesAreQuoted() {

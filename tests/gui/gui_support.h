@@ -13,7 +13,7 @@
 #include <QTest>
 #include <QTimer>
 
-#include "tools/boxgen/box_builder.h"
+#include "box_builder.h"
 
 // A fresh HOME for one test, with the main box directory in it.
 class TempHome {

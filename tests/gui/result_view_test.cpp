@@ -4,9 +4,9 @@
 #include <QTest>
 #include <QTreeWidget>
 
-#include "engine/findings.h"
-#include "gui/result_reporter.h"
-#include "gui/vorn_base.h"
+#include "findings.h"
+#include "result_reporter.h"
+#include "vorn_base.h"
 
 class ResultViewTest : public QObject {
   Q_OBJECT

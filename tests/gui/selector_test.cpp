@@ -5,8 +5,8 @@
 
 #include <unistd.h>
 
-#include "gui/box_file_selecter.h"
-#include "tests/gui/gui_support.h"
+#include "box_file_selecter.h"
+#include "gui_support.h"
 
 class SelectorTest : public QObject {
   Q_OBJECT

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "tools/boxgen/box_builder.h"
+#include "box_builder.h"
 
 namespace boxtest {
 
@@ -34,24 +34,24 @@ inline std::vector<HostileFile> hostileFiles() {
   for (size_t size : {1u, 71u, 72u}) {
     with(size == 1 ? "1 byte" : size == 71 ? "71 bytes" : "72 bytes", [size](Bytes& b) { b.resize(size); });
   }
-  with("first card at the end", [end](Bytes& b) { putU32(b, 4, end); });
-  with("first card past the end", [](Bytes& b) { putU32(b, 4, 0xFFFFFFF0); });
-  with("item info at the end", [end](Bytes& b) { putU32(b, 8, end); });
-  with("item info past the end", [](Bytes& b) { putU32(b, 8, 0xFFFFFFFF); });
-  with("item info size 0xFFFFFFFF", [](Bytes& b) { putU32(b, 12, 0xFFFFFFFF); });
+  with("first card at the end", [end](Bytes& b) { setHeader(b, HeaderField::kFirstCard, end); });
+  with("first card past the end", [](Bytes& b) { setHeader(b, HeaderField::kFirstCard, 0xFFFFFFF0); });
+  with("item info at the end", [end](Bytes& b) { setHeader(b, HeaderField::kItemInfoOffset, end); });
+  with("item info past the end", [](Bytes& b) { setHeader(b, HeaderField::kItemInfoOffset, 0xFFFFFFFF); });
+  with("item info size 0xFFFFFFFF", [](Bytes& b) { setHeader(b, HeaderField::kItemInfoSize, 0xFFFFFFFF); });
   with("255 records in a tiny item info", [](Bytes& b) {
-    b[0x848] = 255;
-    putU32(b, 12, 2);
+    setItemCount(b, 255);
+    setHeader(b, HeaderField::kItemInfoSize, 2);
   });
-  with("record length below 6", [](Bytes& b) { putU16(b, 0x849, 3); });
-  with("record name over 26 bytes", [](Bytes& b) { putU16(b, 0x849, 0xFFF0); });
-  with("card size 0xFFFFFFFF", [&](Bytes& b) { putU32(b, sound.offsets[0] + 2, 0xFFFFFFFF); });
-  with("offset card size below 4", [&](Bytes& b) { putU32(b, sound.offsets[1] + 2, 2); });
+  with("record length below 6", [](Bytes& b) { setItemRecordLength(b, 0, 3); });
+  with("record name over 26 bytes", [](Bytes& b) { setItemRecordLength(b, 0, 0xFFF0); });
+  with("card size 0xFFFFFFFF", [&](Bytes& b) { setCardSize(b, sound.offsets[0], 0xFFFFFFFF); });
+  with("offset card size below 4", [&](Bytes& b) { setCardSize(b, sound.offsets[1], 2); });
   with("offset card linking to itself", [&](Bytes& b) {
-    putU32(b, 2116, sound.offsets[1]);
-    putU32(b, sound.offsets[1] + 6 + 4 * 128, sound.offsets[1]);
+    setDefaultLink(b, sound.offsets[1]);
+    setOffsetCardLink(b, sound.offsets[1], sound.offsets[1]);
   });
-  with("default table link past the end", [](Bytes& b) { putU32(b, 2116, 0xFFFFFFFF); });
+  with("default table link past the end", [](Bytes& b) { setDefaultLink(b, 0xFFFFFFFF); });
   with("index card entry overrunning", [&](Bytes& b) { putU16(b, sound.offsets[3] + 6, 0xFFFF); });
   return files;
 }

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/run_vorn.h"
-#include "tools/boxgen/box_builder.h"
+#include "box_builder.h"
+#include "run_vorn.h"
 
 namespace boxtest {
 
@@ -63,8 +63,8 @@ inline Lines sectionUntil(const Lines& all, const std::string& from, const std::
 // it to the element `target`, so that a broken card becomes garbage cleanly.
 inline Bytes steeringBody() { return {0, 0, 0, 0, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5}; }
 inline void steer(BuiltBox& box, size_t deleted, size_t target) {
-  putU16(box.bytes, box.offsets[deleted] + 8,
-         static_cast<uint16_t>(box.offsets[target] - box.offsets[deleted]));
+  setStatedAreaLength(box.bytes, box.offsets[deleted],
+                      static_cast<uint16_t>(box.offsets[target] - box.offsets[deleted]));
 }
 
 }  // namespace boxtest

@@ -1,4 +1,4 @@
-#include "tests/support/run_vorn.h"
+#include "run_vorn.h"
 
 #include <fcntl.h>
 #include <signal.h>

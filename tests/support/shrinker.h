@@ -10,7 +10,7 @@
 #include <ctime>
 #include <string>
 
-#include "engine/findings.h"
+#include "findings.h"
 
 namespace boxtest {
 

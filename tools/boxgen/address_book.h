@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/boxgen/box_builder.h"
+#include "box_builder.h"
 
 namespace boxtest {
 
@@ -70,8 +70,9 @@ inline BuiltBox bigAddressBook(unsigned cards, bool damage) {
   b.indexCard({{"NAME", "kqadrs_name.idx"}, {"KANA", "kqadrs_kana.idx"}}).terminator();
   BuiltBox box = b.build();
   if (damage) {
+    // Entry id holds the offset of card id + 1.
     for (unsigned id = 50; id + 1 <= 500 && id + 1 <= cards; id += 50) {
-      putU32(box.bytes, 116 + 4 * (id - 1), getU32(box.bytes, 116 + 4 * id));
+      setDefaultEntry(box.bytes, id, defaultEntry(box.bytes, id + 1));
     }
   }
   return box;

@@ -1,4 +1,4 @@
-#include "tools/boxgen/box_builder.h"
+#include "box_builder.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -8,22 +8,56 @@
 #include <map>
 #include <stdexcept>
 
+#include "box_format.h"
+#include "coding.h"
+
 namespace boxtest {
 
 namespace {
-constexpr uint32_t kItemInfoAt = 0x848;
-constexpr uint32_t kEntriesAt = 116;
-constexpr uint32_t kLinkAt = 2116;
-constexpr uint32_t kOffsetCardEntries = 128;
+
+// Where a header field lies and how wide it is.
+struct FieldPlace {
+  uint32_t at;
+  bool wide;
+};
+FieldPlace place(HeaderField field) {
+  switch (field) {
+    case HeaderField::kFirstCard:
+      return {box::kFirstCardField, true};
+    case HeaderField::kItemInfoOffset:
+      return {box::kItemInfoOffsetField, true};
+    case HeaderField::kItemInfoSize:
+      return {box::kItemInfoSizeField, true};
+    case HeaderField::kDefaultTable:
+      return {box::kDefaultTableField, true};
+    case HeaderField::kGarbageSize:
+      return {box::kGarbageSizeField, true};
+    case HeaderField::kDataSize:
+      return {box::kDataSizeField, false};
+    case HeaderField::kLeastNullId:
+      return {box::kLeastNullIdField, false};
+    case HeaderField::kMaxId:
+      return {box::kMaxIdField, false};
+  }
+  throw std::logic_error("unknown header field");
+}
+
+// File offset of item info record k: behind the count byte and the records
+// before it.
+size_t itemRecordAt(const Bytes& bytes, size_t k) {
+  size_t at = box::kItemInfoOffset + box::kItemCountSize;
+  for (size_t r = 0; r < k; ++r) at += box::kItemRecordLengthSize + decodeFixed16(bytes.data() + at);
+  return at;
+}
+
 }  // namespace
 
 Bytes text(std::string_view s) { return Bytes(s.begin(), s.end()); }
 
 Bytes encodeLength(uint32_t length) {
-  if (length < 0x80) return {static_cast<uint8_t>(length)};
-  if (length < 0x8000) return {static_cast<uint8_t>(0x80 | (length >> 8)), static_cast<uint8_t>(length)};
-  return {static_cast<uint8_t>(0xC0 | ((length >> 24) & 0x3F)), static_cast<uint8_t>(length >> 16),
-          static_cast<uint8_t>(length >> 8), static_cast<uint8_t>(length)};
+  Bytes out;
+  appendItemLength(out, length);
+  return out;
 }
 
 Bytes timeValue(unsigned year, unsigned month, unsigned day, unsigned hour, unsigned minute,
@@ -37,12 +71,13 @@ Bytes normalBody(const std::vector<Bytes>& values) {
   Bytes area;
   Bytes data;
   for (const Bytes& v : values) {
-    const Bytes len = encodeLength(static_cast<uint32_t>(v.size()));
-    area.insert(area.end(), len.begin(), len.end());
+    appendItemLength(area, static_cast<uint32_t>(v.size()));
     data.insert(data.end(), v.begin(), v.end());
   }
-  Bytes body(4);
-  putU16(body, 2, static_cast<uint16_t>(area.size()));
+  // The unexamined word, the stated area length, the area, the values.
+  Bytes body;
+  appendFixed16(body, 0);
+  appendFixed16(body, static_cast<uint16_t>(area.size()));
   body.insert(body.end(), area.begin(), area.end());
   body.insert(body.end(), data.begin(), data.end());
   return body;
@@ -50,28 +85,108 @@ Bytes normalBody(const std::vector<Bytes>& values) {
 
 void putU16(Bytes& bytes, size_t at, uint16_t value) {
   if (bytes.size() < at + 2) bytes.resize(at + 2);
-  bytes[at] = static_cast<uint8_t>(value);
-  bytes[at + 1] = static_cast<uint8_t>(value >> 8);
+  encodeFixed16(bytes.data() + at, value);
 }
 
 void putU32(Bytes& bytes, size_t at, uint32_t value) {
   if (bytes.size() < at + 4) bytes.resize(at + 4);
-  for (int k = 0; k < 4; ++k) bytes[at + k] = static_cast<uint8_t>(value >> (8 * k));
+  encodeFixed32(bytes.data() + at, value);
 }
 
-uint32_t getU32(const Bytes& bytes, size_t at) {
-  return bytes[at] | (bytes[at + 1] << 8) | (bytes[at + 2] << 16) |
-         (static_cast<uint32_t>(bytes[at + 3]) << 24);
+uint32_t getU32(const Bytes& bytes, size_t at) { return decodeFixed32(bytes.data() + at); }
+
+void setHeader(Bytes& bytes, HeaderField field, uint32_t value) {
+  const FieldPlace p = place(field);
+  if (p.wide) {
+    putU32(bytes, p.at, value);
+  } else {
+    putU16(bytes, p.at, static_cast<uint16_t>(value));
+  }
+}
+
+uint32_t header(const Bytes& bytes, HeaderField field) {
+  const FieldPlace p = place(field);
+  return p.wide ? decodeFixed32(bytes.data() + p.at) : decodeFixed16(bytes.data() + p.at);
+}
+
+void setSignatureByte(Bytes& bytes, size_t k, uint8_t value) { bytes.at(k) = value; }
+
+void setDefaultEntry(Bytes& bytes, uint32_t id, uint32_t value) {
+  putU32(bytes, box::defaultEntryOffset(id), value);
+}
+
+uint32_t defaultEntry(const Bytes& bytes, uint32_t id) { return getU32(bytes, box::defaultEntryOffset(id)); }
+
+void setDefaultLink(Bytes& bytes, uint32_t value) { putU32(bytes, box::kDefaultLinkOffset, value); }
+
+void setItemCount(Bytes& bytes, uint8_t count) { bytes.at(box::kItemInfoOffset) = count; }
+
+void setItemRecordLength(Bytes& bytes, size_t k, uint16_t length) {
+  putU16(bytes, itemRecordAt(bytes, k), length);
+}
+
+void setItemDataId(Bytes& bytes, size_t k, uint8_t dataId) {
+  bytes.at(itemRecordAt(bytes, k) + box::kItemRecordLengthSize) = dataId;
+}
+
+void setCardId(Bytes& bytes, uint32_t card, uint16_t id) { putU16(bytes, card, id); }
+
+void setCardSize(Bytes& bytes, uint32_t card, uint32_t size) {
+  putU32(bytes, card + box::kCardSizeField, size);
+}
+
+uint32_t cardSize(const Bytes& bytes, uint32_t card) { return getU32(bytes, card + box::kCardSizeField); }
+
+void setStatedAreaLength(Bytes& bytes, uint32_t card, uint16_t length) {
+  putU16(bytes, card + box::kCardAreaLengthOffset, length);
+}
+
+uint32_t itemValueAt(const Bytes& bytes, uint32_t card, size_t k) {
+  const uint32_t area = card + box::kCardAreaOffset;
+  uint32_t at = area + decodeFixed16(bytes.data() + card + box::kCardAreaLengthOffset);
+  uint32_t pos = area;
+  for (size_t item = 0; item < k; ++item) {
+    uint32_t length = 0;
+    uint32_t width = 0;
+    if (!decodeItemLength(bytes.data() + pos, bytes.size() - pos, &length, &width)) break;
+    pos += width;
+    at += length;
+  }
+  return at;
+}
+
+void setOffsetCardEntry(Bytes& bytes, uint32_t card, uint32_t j, uint32_t value) {
+  putU32(bytes, card + box::kCardHeadSize + box::kOffsetEntrySize * j, value);
+}
+
+void setOffsetCardLink(Bytes& bytes, uint32_t card, uint32_t value) {
+  setOffsetCardEntry(bytes, card, box::offsetCardEntryCount(cardSize(bytes, card)), value);
+}
+
+void setFirstIndexEntryLength(Bytes& bytes, uint32_t card, uint16_t length) {
+  putU16(bytes, card + box::kCardHeadSize, length);
+}
+
+bool writeFile(const std::string& path, const Bytes& bytes) {
+  const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+  if (fd < 0) return false;
+  size_t done = 0;
+  while (done < bytes.size()) {
+    const ssize_t n = write(fd, bytes.data() + done, bytes.size() - done);
+    if (n <= 0) break;
+    done += static_cast<size_t>(n);
+  }
+  return close(fd) == 0 && done == bytes.size();
 }
 
 BoxBuilder& BoxBuilder::field(uint8_t dataId, std::string_view tag, std::string_view name,
                               uint8_t attribute) {
   if (rawItemInfo_) throw std::logic_error("field() after rawItemInfo()");
-  Bytes record(2);
-  putU16(record, 0, static_cast<uint16_t>(6 + name.size()));
+  Bytes record;
+  appendFixed16(record, static_cast<uint16_t>(box::kItemRecordFixedSize + name.size()));
   record.push_back(dataId);
   record.push_back(attribute);
-  for (size_t k = 0; k < 4; ++k) record.push_back(k < tag.size() ? tag[k] : ' ');
+  for (size_t k = 0; k < box::kItemTagSize; ++k) record.push_back(k < tag.size() ? tag[k] : ' ');
   record.insert(record.end(), name.begin(), name.end());
   itemInfo_[0] = static_cast<uint8_t>(itemInfo_[0] + 1);
   itemInfo_.insert(itemInfo_.end(), record.begin(), record.end());
@@ -98,56 +213,58 @@ BoxBuilder& BoxBuilder::raw(Bytes bytes) {
   return *this;
 }
 
-BoxBuilder& BoxBuilder::garbage(uint32_t bodySize) { return rawCard(0, Bytes(bodySize, 0xA5)); }
+BoxBuilder& BoxBuilder::garbage(uint32_t bodySize) { return rawCard(box::kGarbageId, Bytes(bodySize, 0xA5)); }
 
 BoxBuilder& BoxBuilder::offsetCard() {
-  chain_.push_back({Kind::kOffsetCard, 0xFFF0, Bytes(0x204, 0)});
+  chain_.push_back({Kind::kOffsetCard, box::kOffsetCardId, Bytes(box::kUsualOffsetCardSize, 0)});
   return *this;
 }
 
 BoxBuilder& BoxBuilder::indexCard(const std::vector<IndexEntry>& entries) {
+  // Each entry: its length, four bytes shown, six not shown, the name and its NUL.
   Bytes body;
   for (const IndexEntry& e : entries) {
-    Bytes entry(2);
-    putU16(entry, 0, static_cast<uint16_t>(10 + e.name.size() + 1));
-    for (size_t k = 0; k < 4; ++k) entry.push_back(k < e.shown.size() ? e.shown[k] : 0);
-    entry.insert(entry.end(), 6, 0);
-    entry.insert(entry.end(), e.name.begin(), e.name.end());
-    entry.push_back(0);
-    body.insert(body.end(), entry.begin(), entry.end());
+    appendFixed16(body, static_cast<uint16_t>(10 + e.name.size() + 1));
+    for (size_t k = 0; k < 4; ++k) body.push_back(k < e.shown.size() ? e.shown[k] : 0);
+    body.insert(body.end(), 6, 0);
+    body.insert(body.end(), e.name.begin(), e.name.end());
+    body.push_back(0);
   }
-  return rawCard(0xFFF1, std::move(body));
+  return rawCard(box::kIndexCardId, std::move(body));
 }
 
-BoxBuilder& BoxBuilder::terminator() { return raw({0xFF, 0xFF}); }
+BoxBuilder& BoxBuilder::terminator() {
+  Bytes bytes;
+  appendFixed16(bytes, box::kTerminatorId);
+  return raw(std::move(bytes));
+}
 
 BuiltBox BoxBuilder::build() const {
   BuiltBox box;
   Bytes& out = box.bytes;
-  out.assign(kItemInfoAt, 0);
+  out.assign(box::kItemInfoOffset, 0);
   out.insert(out.end(), itemInfo_.begin(), itemInfo_.end());
   box.itemInfoSize = static_cast<uint32_t>(itemInfo_.size());
   box.firstCard = static_cast<uint32_t>(out.size());
 
   // Lay out the chain.
-  std::vector<size_t> offsetCards;
+  std::vector<uint32_t> offsetCards;
   for (const Element& e : chain_) {
     box.offsets.push_back(static_cast<uint32_t>(out.size()));
     if (e.kind != Kind::kRaw) {
-      const size_t at = out.size();
-      putU16(out, at, e.id);
-      putU32(out, at + 2, static_cast<uint32_t>(e.body.size()));
-      if (e.kind == Kind::kOffsetCard) offsetCards.push_back(at);
+      if (e.kind == Kind::kOffsetCard) offsetCards.push_back(static_cast<uint32_t>(out.size()));
+      appendFixed16(out, e.id);
+      appendFixed32(out, static_cast<uint32_t>(e.body.size()));
     }
     out.insert(out.end(), e.body.begin(), e.body.end());
   }
 
   // Header: signature, positions and the totals a sound census gives.
-  out[0] = 0xFF, out[1] = 0x00, out[2] = 0x10, out[3] = 0x31;
-  putU32(out, 4, box.firstCard);
-  putU32(out, 8, kItemInfoAt);
-  putU32(out, 12, box.itemInfoSize);
-  putU32(out, 16, 0x48);
+  for (size_t k = 0; k < sizeof box::kSignature; ++k) out[k] = box::kSignature[k];
+  setHeader(out, HeaderField::kFirstCard, box.firstCard);
+  setHeader(out, HeaderField::kItemInfoOffset, box::kItemInfoOffset);
+  setHeader(out, HeaderField::kItemInfoSize, box.itemInfoSize);
+  setHeader(out, HeaderField::kDefaultTable, box::kDefaultTableOffset);
   uint32_t garbage = 0;
   uint16_t normal = 0;
   uint16_t maxId = 0;
@@ -155,33 +272,35 @@ BuiltBox BoxBuilder::build() const {
   for (size_t k = 0; k < chain_.size(); ++k) {
     const Element& e = chain_[k];
     if (e.kind == Kind::kRaw) continue;
-    if (e.id == 0) garbage += 6 + static_cast<uint32_t>(e.body.size());
-    if (e.id >= 1 && e.id <= 0xFEFF) {
+    if (e.id == box::kGarbageId) garbage += box::kCardHeadSize + static_cast<uint32_t>(e.body.size());
+    if (box::isNormalId(e.id)) {
       ++normal;
       maxId = std::max(maxId, e.id);
     }
     firstOffset.emplace(e.id, box.offsets[k]);
   }
-  uint16_t leastNull = 1;
-  while (leastNull <= 0xFEFF && firstOffset.count(leastNull)) ++leastNull;
-  putU32(out, 48, garbage);
-  putU16(out, 52, normal);
-  putU16(out, 54, leastNull);
-  putU16(out, 56, maxId);
+  uint16_t leastNull = box::kFirstNormalId;
+  while (leastNull <= box::kLastNormalId && firstOffset.count(leastNull)) ++leastNull;
+  setHeader(out, HeaderField::kGarbageSize, garbage);
+  setHeader(out, HeaderField::kDataSize, normal);
+  setHeader(out, HeaderField::kLeastNullId, leastNull);
+  setHeader(out, HeaderField::kMaxId, maxId);
 
-  // Offset table: the default run, then one run per offset card.
+  // Offset table: the default run, then one run per offset card, each card
+  // linking to the next in chain order.
   auto entryFor = [&](uint32_t id) -> uint32_t {
-    const auto found = id <= 0xFEFF ? firstOffset.find(static_cast<uint16_t>(id)) : firstOffset.end();
-    return found == firstOffset.end() || id == 0 ? 0 : found->second;
+    const auto found = box::isNormalId(id) ? firstOffset.find(static_cast<uint16_t>(id)) : firstOffset.end();
+    return found == firstOffset.end() ? 0 : found->second;
   };
-  for (uint32_t j = 0; j < 500; ++j) putU32(out, kEntriesAt + 4 * j, entryFor(1 + j));
-  putU32(out, kLinkAt, offsetCards.empty() ? 0 : static_cast<uint32_t>(offsetCards[0]));
+  for (uint32_t id = 1; id <= box::kDefaultEntryCount; ++id) setDefaultEntry(out, id, entryFor(id));
+  setDefaultLink(out, offsetCards.empty() ? 0 : offsetCards[0]);
   for (size_t c = 0; c < offsetCards.size(); ++c) {
-    const size_t at = offsetCards[c] + 6;
-    const uint32_t firstId = 501 + static_cast<uint32_t>(c) * kOffsetCardEntries;
-    for (uint32_t j = 0; j < kOffsetCardEntries; ++j) putU32(out, at + 4 * j, entryFor(firstId + j));
-    const uint32_t link = c + 1 < offsetCards.size() ? static_cast<uint32_t>(offsetCards[c + 1]) : 0;
-    putU32(out, at + 4 * kOffsetCardEntries, link);
+    const uint32_t firstId =
+        box::kFirstOffsetCardId + static_cast<uint32_t>(c) * box::kUsualOffsetCardEntries;
+    for (uint32_t j = 0; j < box::kUsualOffsetCardEntries; ++j) {
+      setOffsetCardEntry(out, offsetCards[c], j, entryFor(firstId + j));
+    }
+    setOffsetCardLink(out, offsetCards[c], c + 1 < offsetCards.size() ? offsetCards[c + 1] : 0);
   }
   return box;
 }
@@ -191,10 +310,7 @@ TempBox::TempBox(const Bytes& bytes, std::string_view name) {
   if (!mkdtemp(dir)) throw std::runtime_error("mkdtemp failed");
   dir_ = dir;
   path_ = dir_ + "/" + std::string(name);
-  FILE* f = std::fopen(path_.c_str(), "wb");
-  if (!f) throw std::runtime_error("cannot write " + path_);
-  if (!bytes.empty()) std::fwrite(bytes.data(), 1, bytes.size(), f);
-  std::fclose(f);
+  if (!writeFile(path_, bytes)) throw std::runtime_error("cannot write " + path_);
 }
 
 TempBox::~TempBox() {

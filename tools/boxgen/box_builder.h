@@ -37,6 +37,49 @@ void putU16(Bytes& bytes, size_t at, uint16_t value);
 void putU32(Bytes& bytes, size_t at, uint32_t value);
 uint32_t getU32(const Bytes& bytes, size_t at);
 
+// Named edits of a built box, so that a change says what it changes.
+enum class HeaderField {
+  kFirstCard,
+  kItemInfoOffset,
+  kItemInfoSize,
+  kDefaultTable,
+  kGarbageSize,
+  kDataSize,     // 16 bits
+  kLeastNullId,  // 16 bits
+  kMaxId,        // 16 bits
+};
+void setHeader(Bytes& bytes, HeaderField field, uint32_t value);  // 16-bit fields take the low half
+uint32_t header(const Bytes& bytes, HeaderField field);
+void setSignatureByte(Bytes& bytes, size_t k, uint8_t value);
+
+// The default offset table's entry for a card ID (1..500), and its link.
+void setDefaultEntry(Bytes& bytes, uint32_t id, uint32_t value);
+uint32_t defaultEntry(const Bytes& bytes, uint32_t id);
+void setDefaultLink(Bytes& bytes, uint32_t value);
+
+// The item info at its sound place: the count byte, and record k's length
+// field and data ID (the records before it are walked by their lengths).
+void setItemCount(Bytes& bytes, uint8_t count);
+void setItemRecordLength(Bytes& bytes, size_t k, uint16_t length);
+void setItemDataId(Bytes& bytes, size_t k, uint8_t dataId);
+
+// A card, by the file offset where it starts (BuiltBox::offsets).
+void setCardId(Bytes& bytes, uint32_t card, uint16_t id);
+void setCardSize(Bytes& bytes, uint32_t card, uint32_t size);
+uint32_t cardSize(const Bytes& bytes, uint32_t card);
+// A normal card's stated length of its item length area.
+void setStatedAreaLength(Bytes& bytes, uint32_t card, uint16_t length);
+// The file offset of a normal card's value k, by its item lengths.
+uint32_t itemValueAt(const Bytes& bytes, uint32_t card, size_t k);
+// An offset card's entry j and link (the link behind the entries its size holds).
+void setOffsetCardEntry(Bytes& bytes, uint32_t card, uint32_t j, uint32_t value);
+void setOffsetCardLink(Bytes& bytes, uint32_t card, uint32_t value);
+// The length field of a reference index card's first entry.
+void setFirstIndexEntryLength(Bytes& bytes, uint32_t card, uint16_t length);
+
+// Writes bytes as the file at path, replacing it; false on any failure.
+bool writeFile(const std::string& path, const Bytes& bytes);
+
 struct IndexEntry {
   std::string shown;  // the four bytes listed in hex
   std::string name;

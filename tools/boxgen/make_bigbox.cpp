@@ -13,8 +13,8 @@
 #include <cstring>
 #include <string>
 
-#include "tools/boxgen/address_book.h"
-#include "tools/boxgen/box_builder.h"
+#include "address_book.h"
+#include "box_builder.h"
 
 using namespace boxtest;
 
@@ -35,11 +35,7 @@ int main(int argc, char** argv) {
     return 2;
   }
   const BuiltBox box = bigAddressBook(static_cast<unsigned>(cards), argc == 4);
-  FILE* f = std::fopen(argv[2], "wb");
-  if (!f) {
-    std::perror(argv[2]);
-    return 1;
-  }
-  const bool ok = std::fwrite(box.bytes.data(), 1, box.bytes.size(), f) == box.bytes.size();
-  return std::fclose(f) == 0 && ok ? 0 : 1;
+  if (writeFile(argv[2], box.bytes)) return 0;
+  std::perror(argv[2]);
+  return 1;
 }

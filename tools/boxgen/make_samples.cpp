@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "tools/boxgen/address_book.h"
-#include "tools/boxgen/box_builder.h"
+#include "address_book.h"
+#include "box_builder.h"
 
 using namespace boxtest;
 
@@ -32,13 +32,9 @@ BuiltBox addressBook(unsigned cards) {
 
 bool save(const std::string& dir, const char* name, const Bytes& bytes) {
   const std::string path = dir + "/" + name;
-  FILE* f = std::fopen(path.c_str(), "wb");
-  if (!f) {
-    std::perror(path.c_str());
-    return false;
-  }
-  const bool ok = std::fwrite(bytes.data(), 1, bytes.size(), f) == bytes.size();
-  return std::fclose(f) == 0 && ok;
+  if (writeFile(path, bytes)) return true;
+  std::perror(path.c_str());
+  return false;
 }
 
 }  // namespace
@@ -59,19 +55,19 @@ int main(int argc, char** argv) {
   // table is still read at its fixed place) and stale totals.
   {
     Bytes b = sound.bytes;
-    b[3] = 0x30;
-    putU32(b, 16, 0x50);
-    putU32(b, 48, 0);
-    putU16(b, 52, 702);
-    b[54] = 0x33;
+    setSignatureByte(b, 3, 0x30);
+    setHeader(b, HeaderField::kDefaultTable, 0x50);
+    setHeader(b, HeaderField::kGarbageSize, 0);
+    setHeader(b, HeaderField::kDataSize, 702);
+    setHeader(b, HeaderField::kLeastNullId, 0x33);
     ok &= save(dir, "BADHEAD.BOX", b);
   }
 
   // Item info damage: an unknown data ID and a table longer than declared.
   {
     Bytes b = sound.bytes;
-    b[0x848 + 1 + 2] = 19;  // record 0's data ID
-    putU32(b, 12, sound.itemInfoSize - 8);
+    setItemDataId(b, 0, 19);
+    setHeader(b, HeaderField::kItemInfoSize, sound.itemInfoSize - 8);
     ok &= save(dir, "BADITEMS.BOX", b);
   }
 
@@ -84,14 +80,14 @@ int main(int argc, char** argv) {
   // goes on.  Chain element 49 is the first deleted card.
   {
     Bytes b = sound.bytes;
-    putU32(b, at[49] + 2, getU32(b, at[49] + 2) + 20);
+    setCardSize(b, at[49], cardSize(b, at[49]) + 20);
     ok &= save(dir, "SALVAGE.BOX", b);
   }
 
   // A card whose stated item length area is wrong: salvaged as garbage.
   {
     Bytes b = sound.bytes;
-    putU16(b, at[20] + 8, 3);
+    setStatedAreaLength(b, at[20], 3);
     ok &= save(dir, "GARBAGE.BOX", b);
   }
 
@@ -126,9 +122,9 @@ int main(int argc, char** argv) {
     }
     book.indexCard({{"NAME", "kqadrs_name.idx"}}).terminator();
     Bytes b = book.build().bytes;
-    putU32(b, 116 + 4 * 9, getU32(b, 116 + 4 * 10));  // ID 10's entry holds ID 11's offset
-    putU32(b, 116 + 4 * 11, 0);                       // ID 12 has no entry
-    putU32(b, 116 + 4 * 44, 0x900);                   // ID 45 does not exist
+    setDefaultEntry(b, 10, defaultEntry(b, 11));  // ID 10's entry holds ID 11's offset
+    setDefaultEntry(b, 12, 0);                    // ID 12 has no entry
+    setDefaultEntry(b, 45, 0x900);                // ID 45 does not exist
     ok &= save(dir, "DUPLICATE.BOX", b);
   }
 

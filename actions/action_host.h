@@ -1,0 +1,58 @@
+// What the maintenance actions need of the window that runs them: the
+// selected box file, the form's switches, the result list and the progress
+// bar, and a busy state.  The main window implements it; the actions know
+// nothing else of the form.
+#pragma once
+
+#include <QString>
+
+#include <memory>
+
+class QWidget;
+class Reporter;
+
+// The check boxes of the form that steer the actions.
+struct ActionSwitches {
+  bool verbose = false;      // "Verbose": listing lines, and the file name row
+  bool noisy = false;        // "Noisy": every card
+  bool debug = false;        // "Debug": debug lines and a copy on standard error
+  bool selfCheck = false;    // "BXD": the box library's check instead of the analysis
+  bool deleteIndex = false;  // "delete Index File"
+};
+
+// The rows of the application choice that the actions treat apart.
+inline constexpr int kInboxRow = 4;       // "EMail inbox": its own text indexes, on its medium
+inline constexpr int kOtherBoxesRow = 6;  // "Other Boxes": every pattern names the box itself
+
+class ActionHost {
+ public:
+  virtual ~ActionHost() = default;
+
+  // The window the actions' message boxes belong to.
+  virtual QWidget* dialogParent() = 0;
+
+  // The selection: the chosen box file, or a pattern of files beside it
+  // (boxFilePath), its directory, its storage medium's translated name, the
+  // row of the application choice, and whether that application is on the
+  // launcher's preload list.
+  virtual QString boxFilePath(const char* suffix) const = 0;
+  virtual QString boxDir(bool storageApplies) const = 0;
+  virtual QString storageName() const = 0;
+  virtual int applicationRow() const = 0;
+  virtual bool isFastLoad() const = 0;
+
+  virtual ActionSwitches switches() const = 0;
+
+  // The result list: emptied; emptied and set to sort by the index key, as
+  // an analysis wants it; one row of three texts added; a findings sink that
+  // files an analysis into it (echo copies entries to standard error).
+  virtual void clearResults() = 0;
+  virtual void clearResultsForAnalysis() = 0;
+  virtual void addResultRow(const QString& index, const QString& id, const QString& context) = 0;
+  virtual std::unique_ptr<Reporter> resultReporter(bool echo) = 0;
+  virtual void hideProgress() = 0;
+
+  // Busy: the working groups disabled while an action runs; when it ends
+  // they are enabled again and the application choice has the focus.
+  virtual void setBusy(bool busy) = 0;
+};
