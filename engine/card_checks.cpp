@@ -33,7 +33,7 @@ bool timeConverts(int year, int month, int day, int hour, int minute, int second
   // that from the 32-bit limits and from -1 (mktime's failure value), mktime
   // succeeds for sure; only the values near those points need the library,
   // which re-reads the time zone on every call.
-  constexpr int64_t kMargin = 3 * 86400;
+  constexpr int64_t kMargin = int64_t{3} * 86400;
   const int64_t utc =
       daysFromCivil(1900 + year + month / 12, static_cast<unsigned>(month % 12) + 1, 1) * 86400 +
       (day - 1) * int64_t{86400} + hour * int64_t{3600} + minute * int64_t{60} + second;

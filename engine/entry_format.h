@@ -27,7 +27,7 @@ void writeFindingLine(FILE* out, uint32_t code, const char* text, const char* fo
 
 // Both: the position line and, for a nonzero code, the finding line.
 void writeEntry(FILE* out, int32_t index, uint32_t offset, uint32_t id, uint32_t size, uint32_t code,
-                const char* text, const char* format, va_list args) __attribute__((format(printf, 7, 0)));
+                const char* text, const char* format, va_list args) __attribute__((format(printf, 8, 0)));
 
 // Writes a debug line: the formatted text and a line end.
 void writeDebugLine(FILE* out, const char* format, va_list args) __attribute__((format(printf, 2, 0)));

@@ -41,6 +41,7 @@ void onBusError(int signal, siginfo_t* info, void* context) {
   for (Slot& slot : slots) {
     if (slot.start && address >= slot.start && address < slot.start + slot.size) {
       const auto pageSize = static_cast<uintptr_t>(sysconf(_SC_PAGESIZE));
+      // The page that holds the address.  NOLINTNEXTLINE(performance-no-int-to-ptr)
       void* page = reinterpret_cast<void*>(reinterpret_cast<uintptr_t>(address) & ~(pageSize - 1));
       if (mmap(page, pageSize, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0) == MAP_FAILED)
         break;

@@ -1,8 +1,12 @@
+# shellcheck shell=bash
 # Sourced by the build scripts: makes sure the Debian packages the build
-# needs are installed.  As root it installs what is missing; otherwise it
-# prints the exact apt-get line and stops.
+# needs are installed, and builds a preset quietly.
+#
+# As root, vorn_ensure_packages installs what is missing with apt-get;
+# otherwise it prints the exact apt-get line and stops.
 VORN_PACKAGES="cmake ninja-build g++ libgtest-dev libbenchmark-dev qt6-base-dev"
 
+# shellcheck disable=SC2120 # the extra packages are optional
 vorn_ensure_packages() {
   local missing=""
   local pkg
@@ -14,9 +18,12 @@ vorn_ensure_packages() {
   [ -z "$missing" ] && return 0
   if [ "$(id -u)" = 0 ]; then
     echo "Installing:$missing" >&2
-    apt-get update -qq >&2 &&
-      DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $missing >&2 ||
-      { echo "apt-get install failed" >&2; exit 1; }
+    # shellcheck disable=SC2086 # the package list is meant to split into words
+    if ! { apt-get update -qq && DEBIAN_FRONTEND=noninteractive apt-get install -y -qq \
+      --no-install-recommends $missing; } >&2; then
+      echo "apt-get install failed" >&2
+      exit 1
+    fi
   else
     echo "Missing Debian packages. Install them with:" >&2
     echo "  sudo apt-get install -y$missing" >&2
@@ -24,9 +31,18 @@ vorn_ensure_packages() {
   fi
 }
 
-# Configures and builds into $VORN_BUILD_DIR (default: build).
+# Configures and builds a preset into DIR: vorn_build PRESET DIR [CMAKE ARGS].
+# The build's output goes to DIR/build.log; standard error gets one line,
+# and the end of the log when the build fails.
 vorn_build() {
-  local dir="${VORN_BUILD_DIR:-build}"
-  cmake -S . -B "$dir" -G Ninja "$@" >/dev/null || exit 1
-  cmake --build "$dir" || exit 1
+  local preset="$1" dir="$2"
+  shift 2
+  mkdir -p "$dir"
+  local log="$dir/build.log"
+  echo "Building $preset into $dir (log: $log)" >&2
+  if ! { cmake --preset "$preset" -B "$dir" "$@" && cmake --build "$dir"; } >"$log" 2>&1; then
+    tail -n 40 "$log" >&2
+    echo "The build failed; the whole log is $log" >&2
+    exit 1
+  fi
 }

@@ -8,8 +8,8 @@ set -eu
 cd "$(dirname "$0")/.."
 . tools/deps.sh
 vorn_ensure_packages xvfb xauth xdotool imagemagick
-vorn_build
 build="${VORN_BUILD_DIR:-build}"
+vorn_build default "$build"
 out="$(realpath -m "${1:-docs/screenshot.png}")"
 
 home="$(mktemp -d)"
