@@ -151,25 +151,29 @@ bool checkOffsetCardSize(CardRecord& record) {
 
 bool dumpIndexCard(ByteView file, CardRecord& record) {
   debugMessage(" # %4d", static_cast<int>(record.size));
-  // Entries are read only inside the card's body, which the trace has
-  // already found inside the file.
   const uint64_t bodyStart = uint64_t{record.offset} + box::kCardHeadSize;
   const uint64_t bodyEnd = bodyStart + record.size;
   int64_t remaining = record.size;
   uint64_t q = bodyStart;
   do {
+    const bool first = q == bodyStart;
     if (q + 2 > bodyEnd) break;
     const uint32_t len = decodeFixed16(file.data() + q);
     if (len <= 2) break;
-    // The name starts 12 bytes into the entry and is len - 10 bytes long.
+    // The name starts 12 bytes into the entry and its field is len - 10
+    // bytes long.  An entry after the first starts with more than 12 bytes
+    // of body left, so only its name field can run past the body; that
+    // field is searched for its NUL as far as it goes within the file.  The
+    // first entry is read within the body alone.
     const uint64_t nameStart = q + 12;
-    const uint64_t nameEnd = std::min<uint64_t>(q + 2 + len, bodyEnd);
+    const uint64_t nameEnd = std::min<uint64_t>(q + 2 + len, first ? bodyEnd : file.size());
     if (len <= 10 || nameStart >= nameEnd) break;
     const auto* name = file.data() + nameStart;
     if (!std::memchr(name, 0, nameEnd - nameStart)) break;
     const uint8_t* e = file.data() + q;
     debugMessage(" ## %3d %02x %02x %02x %02x %s", static_cast<int>(len), e[2], e[3], e[4], e[5],
                  reinterpret_cast<const char*>(name));
+    // An entry that overruns the body leaves none of it.
     remaining -= static_cast<int64_t>(len) + 2;
     q += uint64_t{len} + 2;
   } while (remaining > 12);
