@@ -3,7 +3,7 @@
 # every shell script clean under shellcheck.  Prints what is off; exit
 # status 1 when anything is.
 set -u
-cd "$(dirname "$0")/.."
+cd "$(dirname "$0")/.." || exit 1
 if git rev-parse --is-inside-work-tree >/dev/null 2>&1; then
   mapfile -t cxx < <(git ls-files '*.cpp' '*.h')
   mapfile -t shell < <(git ls-files '*.sh' '.ci/run')
@@ -13,5 +13,5 @@ else
 fi
 status=0
 clang-format --dry-run --Werror --style=file "${cxx[@]}" || status=1
-shellcheck "${shell[@]}" || status=1
+shellcheck -x "${shell[@]}" || status=1
 exit "$status"

@@ -1,132 +1,22 @@
-// Writes the sample box files into a directory: a sound address book and a
-// set of damaged boxes, each showing one kind of damage the analysis finds.
+// Writes the sample box files into a directory.
 //
 //   make_samples OUTDIR
 #include <cstdio>
 #include <string>
-#include <vector>
 
-#include "address_book.h"
-#include "box_builder.h"
-
-using namespace boxtest;
-
-namespace {
-
-// A sound address book of `cards` IDs; every 50th ID deleted (a garbage
-// card where it stood), offset cards as the IDs need them.
-BuiltBox addressBook(unsigned cards) {
-  BoxBuilder b = addressFields();
-  for (unsigned id = 1; id <= cards; ++id) {
-    if (id % 50 == 0) {
-      b.garbage(40);
-      continue;
-    }
-    b.card(static_cast<uint16_t>(id), addressValues(id));
-    if (id == 480 || id == 620) b.offsetCard();
-  }
-  b.indexCard({{"NAME", "kqadrs_name.idx"}, {"KANA", "kqadrs_kana.idx"}});
-  b.terminator();
-  return b.build();
-}
-
-bool save(const std::string& dir, const char* name, const Bytes& bytes) {
-  const std::string path = dir + "/" + name;
-  if (writeFile(path, bytes)) return true;
-  std::perror(path.c_str());
-  return false;
-}
-
-}  // namespace
+#include "samples.h"
 
 int main(int argc, char** argv) {
   if (argc != 2) {
     std::fprintf(stderr, "usage: make_samples OUTDIR\n");
     return 2;
   }
-  const std::string dir = argv[1];
-  bool ok = true;
-
-  // Sound: nothing to report but listings and summaries.
-  const BuiltBox sound = addressBook(700);
-  ok &= save(dir, "KQADRS.BOX", sound.bytes);
-
-  // Header damage: a wrong signature byte, an unusual table position (the
-  // table is still read at its fixed place) and stale totals.
-  {
-    Bytes b = sound.bytes;
-    setSignatureByte(b, 3, 0x30);
-    setHeader(b, HeaderField::kDefaultTable, 0x50);
-    setHeader(b, HeaderField::kGarbageSize, 0);
-    setHeader(b, HeaderField::kDataSize, 702);
-    setHeader(b, HeaderField::kLeastNullId, 0x33);
-    ok &= save(dir, "BADHEAD.BOX", b);
-  }
-
-  // Item info damage: an unknown data ID and a table longer than declared.
-  {
-    Bytes b = sound.bytes;
-    setItemDataId(b, 0, 19);
-    setHeader(b, HeaderField::kItemInfoSize, sound.itemInfoSize - 8);
-    ok &= save(dir, "BADITEMS.BOX", b);
-  }
-
-  // Card damage, each on a fresh copy of the address book.  Card k of the
-  // chain stands at sound.offsets[k].
-  const auto& at = sound.offsets;
-
-  // A deleted card that claims 20 bytes more than it has (deleted cards
-  // are not checked): the trace finds the card behind it, shortens it and
-  // goes on.  Chain element 49 is the first deleted card.
-  {
-    Bytes b = sound.bytes;
-    setCardSize(b, at[49], cardSize(b, at[49]) + 20);
-    ok &= save(dir, "SALVAGE.BOX", b);
-  }
-
-  // A card whose stated item length area is wrong: salvaged as garbage.
-  {
-    Bytes b = sound.bytes;
-    setStatedAreaLength(b, at[20], 3);
-    ok &= save(dir, "GARBAGE.BOX", b);
-  }
-
-  // Values: an impossible date and a weekday 7 in card 5.
-  {
-    BoxBuilder book = addressFields();
-    for (unsigned id = 1; id <= 30; ++id) {
-      std::vector<Bytes> values = addressValues(id);
-      if (id == 5) {
-        values[8] = timeValue(250, 1, 1, 0, 0, 0);  // 2050: beyond a 32-bit time_t
-        values[6] = Bytes{7};
-      }
-      book.card(static_cast<uint16_t>(id), values);
+  for (const boxtest::Sample& sample : boxtest::samples()) {
+    const std::string path = std::string(argv[1]) + "/" + sample.name;
+    if (!boxtest::writeFile(path, sample.bytes)) {
+      std::perror(path.c_str());
+      return 1;
     }
-    book.indexCard({{"NAME", "kqadrs_name.idx"}}).terminator();
-    ok &= save(dir, "VALUES.BOX", book.build().bytes);
   }
-
-  // The end of the file cut off: the last cards and the terminator are gone.
-  {
-    Bytes b = sound.bytes;
-    b.resize(b.size() - 150);
-    ok &= save(dir, "TRUNC.BOX", b);
-  }
-
-  // Duplicate IDs and offset entries that point at the wrong card.
-  {
-    BoxBuilder book = addressFields();
-    for (unsigned id = 1; id <= 40; ++id) {
-      book.card(static_cast<uint16_t>(id), addressValues(id));
-      if (id == 7 || id == 8) book.card(3, addressValues(3));
-    }
-    book.indexCard({{"NAME", "kqadrs_name.idx"}}).terminator();
-    Bytes b = book.build().bytes;
-    setDefaultEntry(b, 10, defaultEntry(b, 11));  // ID 10's entry holds ID 11's offset
-    setDefaultEntry(b, 12, 0);                    // ID 12 has no entry
-    setDefaultEntry(b, 45, 0x900);                // ID 45 does not exist
-    ok &= save(dir, "DUPLICATE.BOX", b);
-  }
-
-  return ok ? 0 : 1;
+  return 0;
 }

@@ -1,0 +1,45 @@
+#include "golden.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+#ifndef VORN_TEST_DATA
+#error "VORN_TEST_DATA must name tests/data in the source tree"
+#endif
+
+namespace boxtest {
+
+std::string goldenPath(const std::string& name) { return std::string(VORN_TEST_DATA) + "/" + name; }
+
+bool regeneratingGolden() {
+  const char* value = std::getenv("VORN_REGENERATE_GOLDEN");
+  return value && std::string(value) == "1";
+}
+
+std::string readGolden(const std::string& name) {
+  std::ifstream in(goldenPath(name), std::ios::binary);
+  std::ostringstream s;
+  s << in.rdbuf();
+  return s.str();
+}
+
+void expectGolden(const std::string& name, const std::string& actual) {
+  if (regeneratingGolden()) {
+    std::ofstream(goldenPath(name), std::ios::binary) << actual;
+    return;
+  }
+  const std::string expected = readGolden(name);
+  if (expected == actual) return;
+  // Name the first line that differs, which says more than two long texts.
+  std::istringstream e(expected), a(actual);
+  std::string el, al;
+  int line = 1;
+  while (std::getline(e, el) && std::getline(a, al) && el == al) ++line;
+  ADD_FAILURE() << name << " differs from line " << line << ":\n  expected: " << el << "\n  actual:   " << al
+                << "\n(VORN_REGENERATE_GOLDEN=1 rewrites the file; review it with git diff)";
+}
+
+}  // namespace boxtest
