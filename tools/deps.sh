@@ -4,7 +4,13 @@
 #
 # As root, vorn_ensure_packages installs what is missing with apt-get;
 # otherwise it prints the exact apt-get line and stops.
-VORN_PACKAGES="cmake ninja-build g++ libgtest-dev libbenchmark-dev qt6-base-dev"
+VORN_PACKAGES="
+  cmake ninja-build g++ libgtest-dev libbenchmark-dev
+  qt6-base-dev qt6-l10n-tools qt6-translations-l10n
+  libcli11-dev nlohmann-json3-dev
+  clang-format shellcheck
+  scdoc dpkg-dev file
+"
 
 # shellcheck disable=SC2120 # the extra packages are optional
 vorn_ensure_packages() {
