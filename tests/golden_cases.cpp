@@ -148,6 +148,7 @@ const Row kRows[] = {
   {"items_unknown_data_ids", [] { return withItemInfo(join({{2}, record(6, 19, 0, "ABCD"), record(6, 0, 0, "EFGH")}), 17); }},
   {"items_too_large", [] { return withItemInfo(join({{2}, record(6, 19, 0, "ABCD"), record(6, 0, 0, "EFGH")}), 8); }},
   {"items_record_too_short", [] { return withItemInfo(join({{2}, record(3, 1, 2, "T"), record(6, 2, 0, "NEXT")}), 14); }},
+  {"items_name_of_26_bytes", [] { return withItemInfo(join({{1}, record(32, 1, 0, "LONGABCDEFGHIJKLMNOPQRSTUVWXYZ")}), 35); }},
   {"items_name_too_long", [] { return withItemInfo(join({{1}, record(36, 1, 0, "LONGABCDEFGHIJKLMNOPQRSTUVWXYZ1234")}), 39); }},
   {"items_cut_off_by_the_end", [] {
     Bytes b = withItemInfo(join({{3}, record(6, 1, 0, "ABCD")}), 100);
@@ -189,6 +190,16 @@ const Row kRows[] = {
         .terminator().build();
     steer(box, 0, 1);
     setCardSize(box.bytes, box.offsets[0], 0x100000);
+    return box.bytes;
+  }},
+  // A card whose stated area length is 0 fails, and the scan from its own
+  // item data finds it again: the second time the same card fails behind
+  // itself the trace moves past it.
+  {"salvage_same_card_twice", [] {
+    BuiltBox box = BoxBuilder().field(1, "NAME", "Name").rawCard(0, steeringBody()).card(1, {text("Alice")})
+        .card(2, {text("Bob")}).terminator().build();
+    steer(box, 0, 1);
+    setStatedAreaLength(box.bytes, box.offsets[1], 0);
     return box.bytes;
   }},
   // With no fields every position fits; from the end of the file there is none.
@@ -254,6 +265,9 @@ const Row kRows[] = {
   {"census_ids_ascending", [] { return idChain({1, 2, 3}, true); }},
   {"census_ids_descending", [] { return idChain({3, 2, 1}, true); }},
   {"census_id_gap_no_index_card", [] { return idChain({1, 3}, false); }},
+  {"census_duplicate_of_the_last_id", [] {
+    return BoxBuilder().field(1, "NAME", "Name").card(1, {text("x")}).card(3, {text("y")}).card(3, {text("z")}).build().bytes;
+  }},
 
   // Offset table.
   {"table_entries_and_link_to_a_normal_card", [] {
