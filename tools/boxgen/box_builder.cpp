@@ -76,6 +76,7 @@ Bytes normalBody(const std::vector<Bytes>& values) {
   }
   // The unexamined word, the stated area length, the area, the values.
   Bytes body;
+  body.reserve(4 + area.size() + data.size());
   appendFixed16(body, 0);
   appendFixed16(body, static_cast<uint16_t>(area.size()));
   body.insert(body.end(), area.begin(), area.end());
