@@ -150,6 +150,13 @@ const Row kRows[] = {
   {"items_record_too_short", [] { return withItemInfo(join({{2}, record(3, 1, 2, "T"), record(6, 2, 0, "NEXT")}), 14); }},
   {"items_name_of_26_bytes", [] { return withItemInfo(join({{1}, record(32, 1, 0, "LONGABCDEFGHIJKLMNOPQRSTUVWXYZ")}), 35); }},
   {"items_name_too_long", [] { return withItemInfo(join({{1}, record(36, 1, 0, "LONGABCDEFGHIJKLMNOPQRSTUVWXYZ1234")}), 39); }},
+  // The file ends with the length field of a record of length 0.
+  {"items_empty_record_at_the_end", [] {
+    Bytes b = withItemInfo(join({{2}, record(6, 1, 0, "ABCD"), {0, 0}}), 11);
+    b.resize(b.size() - 2);
+    setHeader(b, HeaderField::kFirstCard, static_cast<uint32_t>(b.size()));
+    return b;
+  }},
   {"items_cut_off_by_the_end", [] {
     Bytes b = withItemInfo(join({{3}, record(6, 1, 0, "ABCD")}), 100);
     b.resize(b.size() - 2);  // no terminator, and half a length field
@@ -231,6 +238,13 @@ const Row kRows[] = {
         .card(4, {text("D"), timeValue(238, 0, 1, 0, 0, 0), {0}})    // 238 - 100: 2038
         .card(5, {text("E"), timeValue(240, 1, 15, 13, 45, 30), {7}})
         .card(6, {text("F"), timeValue(69, 11, 31, 23, 59, 59), {6}})  // one second before 1970
+        // The 32-bit limits: the first and last second a 32-bit time_t holds
+        // pass, the seconds beyond them do not; and a February before them.
+        .card(7, {text("G"), timeValue(1, 11, 13, 20, 45, 52), {0}})
+        .card(8, {text("H"), timeValue(1, 11, 13, 20, 45, 51), {0}})
+        .card(9, {text("I"), timeValue(238, 0, 19, 3, 14, 7), {0}})
+        .card(10, {text("J"), timeValue(238, 0, 19, 3, 14, 8), {0}})
+        .card(11, {text("K"), timeValue(1, 1, 15, 0, 0, 0), {0}})
         .terminator().build().bytes;
   }},
   {"card_index_card_listings", [] {

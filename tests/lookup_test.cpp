@@ -124,4 +124,14 @@ TEST(IndexedLookups, AgreeWhenASalvageReadsARecordAgainAtTheSameOffset) {
   EXPECT_TRUE(expectIndexesAgree(box.bytes));
 }
 
+TEST(Census, EveryNormalIdHeldLeavesTheFirstSystemIdAsLeastNull) {
+  const Bytes bytes = bigAddressBook(0xFEFF, false).bytes;
+  BoxAnalysis analysis(ByteView(bytes.data(), static_cast<uint32_t>(bytes.size())));
+  CountingSink sink;
+  ReportScope scope(&sink, {});
+  analysis.run();
+  EXPECT_EQ(analysis.chain->leastNullId, 0xFF00);
+  EXPECT_EQ(analysis.chain->maxId, 0xFEFF);
+}
+
 }  // namespace

@@ -79,4 +79,23 @@ TEST(ShrinkingFile, ABusErrorOutsideTheBoxGoesToTheHandlerBefore) {
   sigaction(SIGBUS, &before, nullptr);
 }
 
+TEST(ShrinkingFileDeathTest, ABusErrorOutsideTheBoxStillEndsTheProcessByDefault) {
+  EXPECT_EXIT(
+      {
+        signal(SIGBUS, SIG_DFL);
+        TempBox box(bigAddressBook(10, false).bytes);
+        BoxFile mapped(box.path().c_str());
+        TempBox other(Bytes(3 * 4096, 1));
+        const int fd = open(other.path().c_str(), O_RDONLY);
+        const auto* pages =
+            static_cast<const uint8_t*>(mmap(nullptr, 3 * 4096, PROT_READ, MAP_SHARED, fd, 0));
+        if (truncate(other.path().c_str(), 0) == 0) {
+          const volatile uint8_t byte = pages[4096];
+          (void)byte;
+        }
+        std::exit(0);
+      },
+      testing::KilledBySignal(SIGBUS), "");
+}
+
 }  // namespace
