@@ -6,8 +6,11 @@
 #include "box_format.h"
 #include "coding.h"
 
-BoxWriter::BoxWriter(const std::vector<uint8_t>& itemInfo) : out_(box::kItemInfoOffset, 0) {
-  out_.insert(out_.end(), itemInfo.begin(), itemInfo.end());
+BoxWriter::BoxWriter(const std::vector<uint8_t>& itemInfo) {
+  // Sized once and copied into, rather than grown by insert: GCC 12 at -O3
+  // misreads the insert after the zeroed header as writing out of bounds.
+  out_.resize(box::kItemInfoOffset + itemInfo.size());
+  std::copy(itemInfo.begin(), itemInfo.end(), out_.begin() + box::kItemInfoOffset);
   firstCard_ = static_cast<uint32_t>(out_.size());
 }
 

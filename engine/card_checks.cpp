@@ -8,7 +8,7 @@
 #include "texts_ja.h"
 
 bool lengthFitsDataId(const ItemInfoEntry& entry, uint32_t length) {
-  return box::lengthFits(entry.dataId, length);
+  return length == 0 || entry.fixedLength == 0 || length == entry.fixedLength;
 }
 
 bool checkItemValue(ByteView file, const ItemInfoEntry& entry, CardRecord& record, int item,
@@ -40,14 +40,14 @@ int walkItemLengths(ByteView file, const ItemInfo& fields, CardRecord& record, c
   int misfits = 0;
   for (int k = values.count() - 1; k >= 0; --k) {
     const ItemInfoEntry& entry = fields.entries[static_cast<size_t>(k)];
-    const CardItem& item = values.item(k);
-    if (!lengthFitsDataId(entry, item.length)) {
+    const uint32_t length = values.length(k);
+    if (!lengthFitsDataId(entry, length)) {
       ++misfits;
       debugMessage(ja::kItemLengthWrong);
     }
     // Only TIME and WEEK values are checked; the rest pass unread.
     if (entry.dataId == box::kTimeDataId || entry.dataId == box::kWeekDataId) {
-      checkItemValue(file, entry, record, k, item.position, item.length);
+      checkItemValue(file, entry, record, k, values.position(k), length);
     }
   }
   return misfits;

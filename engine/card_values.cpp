@@ -10,19 +10,40 @@ CardValues::CardValues(ByteView file, uint64_t cardOffset, const ItemInfo& field
     : areaStart(cardOffset + box::kCardAreaOffset), count_(fields.count) {
   statedArea = file.u16(cardOffset + box::kCardAreaLengthOffset).value_or(0);
   uint64_t pos = areaStart;
-  for (; decoded < count_; ++decoded) {
-    uint32_t width = 0;
-    if (!file.itemLength(pos, &items_[static_cast<size_t>(decoded)].length, &width)) break;
-    pos += width;
-    dataLength += items_[static_cast<size_t>(decoded)].length;
+  uint64_t offset = 0;
+  int k = 0;
+  // An encoded length takes at most 4 bytes.  When the longest area the
+  // fields could have lies inside the file, no length needs its own bounds
+  // test; this is the case for every card but those at the very end.
+  constexpr uint64_t kWidest = 4;
+  if (areaStart + kWidest * static_cast<uint64_t>(count_) <= file.size()) {
+    const uint8_t* p = file.data() + areaStart;
+    for (; k < count_; ++k) {
+      uint32_t length = 0;
+      uint32_t width = 0;
+      decodeItemLength(p, kWidest, &length, &width);
+      p += width;
+      items_[static_cast<size_t>(k)] = {length, offset};
+      offset += length;
+      dataLength += length;
+    }
+    pos = static_cast<uint64_t>(p - file.data());
+  } else {
+    for (; k < count_; ++k) {
+      uint32_t length = 0;
+      uint32_t width = 0;
+      if (!file.itemLength(pos, &length, &width)) break;
+      pos += width;
+      items_[static_cast<size_t>(k)] = {length, offset};
+      offset += length;
+      dataLength += length;
+    }
   }
-  for (int k = decoded; k < count_; ++k) items_[static_cast<size_t>(k)].length = 0;
+  decoded = k;
+  // Lengths the file does not hold count 0.
+  for (; k < count_; ++k) items_[static_cast<size_t>(k)] = {0, offset};
   areaLength = static_cast<uint32_t>(pos - areaStart);
-  // The values begin right behind the area.
-  for (int k = 0; k < count_; ++k) {
-    items_[static_cast<size_t>(k)].position = pos;
-    pos += items_[static_cast<size_t>(k)].length;
-  }
+  valueStart_ = pos;  // the values begin right behind the area
 }
 
 TimeFields decodeTime(const uint8_t* d) {
@@ -53,6 +74,11 @@ int64_t daysFromCivil(int64_t y, unsigned m, unsigned d) {
 }  // namespace
 
 bool timeConverts(const TimeFields& t) {
+  // Out-of-range fields move a date by at most a day back (day 0) and a year
+  // and a half forward (month 15, day 31, hour 31, ...).  Years 1903 to 2034
+  // therefore stay well inside the 32-bit range, and only those near 1970
+  // can come near -1, mktime's failure value.
+  if (t.year >= 3 && t.year <= 134 && (t.year < 67 || t.year > 71)) return true;
   // The time as UTC, normalised the way mktime normalises its fields.  Local
   // time is less than three days away from it, so when it lies further than
   // that from the 32-bit limits and from -1 (mktime's failure value), mktime

@@ -15,11 +15,6 @@
 #include "byte_view.h"
 #include "item_info.h"
 
-struct CardItem {
-  uint32_t length;    // the decoded length; 0 when its encoding is not in the file
-  uint64_t position;  // file offset of the value
-};
-
 class CardValues {
  public:
   // Decodes the item length area of the card at cardOffset, one length per
@@ -27,11 +22,12 @@ class CardValues {
   CardValues(ByteView file, uint64_t cardOffset, const ItemInfo& fields);
 
   int count() const { return count_; }
-  const CardItem& item(int k) const { return items_[static_cast<size_t>(k)]; }
+  // Value k's decoded length (0 when its encoding is not in the file) and
+  // its file offset.
+  uint32_t length(int k) const { return items_[static_cast<size_t>(k)].length; }
+  uint64_t position(int k) const { return valueStart_ + items_[static_cast<size_t>(k)].offset; }
   // Whether value k lies wholly before end (the card's end, or the file's).
-  bool valueIn(int k, uint64_t end) const {
-    return item(k).position <= end && item(k).length <= end - item(k).position;
-  }
+  bool valueIn(int k, uint64_t end) const { return position(k) <= end && length(k) <= end - position(k); }
 
   uint64_t areaStart = 0;   // card offset + 10
   uint32_t areaLength = 0;  // bytes the lengths read from the file take
@@ -40,9 +36,14 @@ class CardValues {
   int decoded = 0;          // lengths read; the rest were not in the file
 
  private:
+  struct Item {
+    uint32_t length;
+    uint64_t offset;  // from the first value
+  };
   int count_ = 0;
+  uint64_t valueStart_ = 0;
   // At most 255 fields; only the first count_ are filled, once per card.
-  std::array<CardItem, 256> items_;
+  std::array<Item, 256> items_;
 };
 
 // A TIME value's fields, as the handheld reads its five bytes: a 40-bit
