@@ -149,6 +149,6 @@ Command addCheckCommand(CLI::App& boxtool) {
   app->add_option("-j,--jobs", args->jobs, "Check N files at a time (default: the number of processors)")
       ->type_name("N")
       ->check(CLI::Range(1u, kMaxJobs));
-  app->add_option("BOX", args->paths, "Box files to check")->required();
+  app->add_option("BOX", args->paths, "Box files to check")->required()->type_name("");
   return {app, [args] { return runCheck(*args); }};
 }

@@ -195,6 +195,28 @@ Json json(const AnalysedFile& file, const Report& r) {
   return j;
 }
 
+std::string compact(const Json& j) { return j.dump(-1, ' ', false, Json::error_handler_t::replace); }
+
+// One member of the object a line, and one element of an array a line:
+// short enough to read, and still one JSON object.
+std::string layout(const Json& j) {
+  std::string out = "{\n";
+  size_t member = 0;
+  for (const auto& [key, value] : j.items()) {
+    out += "  " + compact(key) + ": ";
+    if (value.is_array() && !value.empty()) {
+      out += "[\n";
+      for (size_t k = 0; k < value.size(); ++k)
+        out += "    " + compact(value[k]) + (k + 1 < value.size() ? ",\n" : "\n");
+      out += "  ]";
+    } else {
+      out += compact(value);
+    }
+    out += ++member < j.size() ? ",\n" : "\n";
+  }
+  return out + "}\n";
+}
+
 struct InfoArguments {
   bool json = false;
   std::string path;
@@ -207,9 +229,7 @@ int runInfo(const InfoArguments& args) {
     return exit_status::kNotAnalysed;
   }
   const Report report = makeReport(file);
-  const std::string out = args.json
-                              ? json(file, report).dump(2, ' ', false, Json::error_handler_t::replace) + "\n"
-                              : text(file, report);
+  const std::string out = args.json ? layout(json(file, report)) : text(file, report);
   std::fwrite(out.data(), 1, out.size(), stdout);
   std::fflush(stdout);
   return exit_status::kClean;
@@ -222,6 +242,6 @@ Command addInfoCommand(CLI::App& boxtool) {
   CLI::App* app = boxtool.add_subcommand(
       "info", "Statistics of a box file: stored and counted totals, cards per class, fields, offset table");
   app->add_flag("--json", args->json, "One JSON object instead of text");
-  app->add_option("BOX", args->path, "The box file")->required();
+  app->add_option("BOX", args->path, "The box file")->required()->type_name("");
   return {app, [args] { return runInfo(*args); }};
 }
