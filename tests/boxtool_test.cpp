@@ -88,6 +88,8 @@ struct StatusCase {
   std::string err;  // the whole of standard error, or its start when it ends in "..."
 };
 
+void PrintTo(const StatusCase& c, std::ostream* os) { *os << c.name; }  // test names without addresses
+
 class BoxtoolStatus : public testing::TestWithParam<StatusCase> {};
 
 TEST_P(BoxtoolStatus, IsTheOrOfTheFilesVerdicts) {
@@ -136,6 +138,8 @@ struct GoldenRun {
   std::string name;  // the golden file under tests/data/boxtool/
   Args args;
 };
+
+void PrintTo(const GoldenRun& r, std::ostream* os) { *os << r.name; }
 
 class BoxtoolOutput : public testing::TestWithParam<GoldenRun> {};
 
@@ -255,6 +259,8 @@ struct PrintableCase {
   std::string bytes;
   std::string shown;
 };
+
+void PrintTo(const PrintableCase& c, std::ostream* os) { *os << c.name; }
 
 class BoxtoolPrintable : public testing::TestWithParam<PrintableCase> {};
 
