@@ -7,6 +7,8 @@
 // relative to it, so that no output holds a path of this machine.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -23,6 +25,7 @@
 #include "printable.h"
 #include "run_vorn.h"
 #include "shrinker.h"
+#include "worker_pool.h"
 
 #ifndef BOXTOOL_BINARY
 #error "BOXTOOL_BINARY must name the boxtool executable"
@@ -228,6 +231,45 @@ TEST(BoxtoolJobs, ParallelOutputEqualsSerialOutput) {
     EXPECT_EQ(parallel.err, serial.err);
     EXPECT_EQ(parallel.status, serial.status);
   }
+}
+
+// In process: workers that die lose only their own tasks, each reported once
+// and in order, and new workers take over until every task is done.
+TEST(BoxtoolWorkers, DyingWorkersLoseOnlyTheirTasks) {
+  const pid_t parent = getpid();
+  int died[2];
+  ASSERT_EQ(pipe(died), 0);
+  bool waited = false;
+  std::vector<std::string> emitted;
+  const TaskRunner runner{[&](size_t task) {
+                            if (getpid() != parent) {  // every worker dies at its first task
+                              (void)!write(died[1], "x", 1);
+                              raise(SIGKILL);
+                            }
+                            if (!waited) {  // so that the parent does not take every task itself
+                              pollfd one{died[0], POLLIN, 0};
+                              waited = poll(&one, 1, 20000) == 1;
+                            }
+                            return TaskOutput{std::to_string(task), "", 0};
+                          },
+                          [](size_t task, const std::string& why) {
+                            return TaskOutput{std::to_string(task), why, exit_status::kNotAnalysed};
+                          },
+                          [&](const TaskOutput& o) { emitted.push_back(o.out + " " + o.err); }};
+  runTasksInOrder(200, 3, runner);
+  ASSERT_EQ(emitted.size(), 200u);
+  size_t lost = 0;
+  for (size_t task = 0; task < emitted.size(); ++task) {
+    lost += emitted[task] != std::to_string(task) + " ";
+    EXPECT_TRUE(emitted[task] == std::to_string(task) + " " ||
+                emitted[task] == std::to_string(task) + " killed by signal 9")
+        << emitted[task];
+  }
+  EXPECT_TRUE(waited);
+  EXPECT_GT(lost, 0u);
+  EXPECT_LT(lost, 200u);  // the parent's own batches are done
+  close(died[0]);
+  close(died[1]);
 }
 
 // In process: a mapped file that shrinks during its check is not analysed.
