@@ -54,24 +54,31 @@ bool writeAll(int fd, const void* data, size_t length) {
   return true;
 }
 
-// The next batch of tasks nobody has taken, [first, end); empty when none is left.
+// The next batch of tasks nobody has taken, [first, end); empty when none
+// is left.  Batches shrink as the tasks run out (a share of what is left,
+// at most 64 tasks), so that the processes finish close together: small
+// tasks would otherwise cost more in wake-ups of the parent than in work,
+// and large batches at the end would leave one process working alone.
 struct Batch {
   uint32_t first = 0, end = 0;
 };
-Batch takeBatch(Shared& shared, size_t count, uint32_t size) {
-  const uint32_t first = shared.next.fetch_add(size);
-  if (first >= count) return {};
-  return {first, static_cast<uint32_t>(std::min<size_t>(count, size_t{first} + size))};
+Batch takeBatch(Shared& shared, size_t count, unsigned jobs) {
+  uint32_t first = shared.next.load();
+  uint32_t size;
+  do {
+    if (first >= count) return {};
+    size = static_cast<uint32_t>(std::clamp<size_t>((count - first) / (size_t{jobs} * 4), 1, 64));
+  } while (!shared.next.compare_exchange_weak(first, first + size));
+  return {first, first + size};
 }
 
 // A worker takes tasks a batch at a time and sends each batch's outputs in
-// one write: small tasks would otherwise cost more in wake-ups of the parent
-// than in work.
-[[noreturn]] void workerMain(int fd, Shared& shared, Slot& slot, size_t count, uint32_t batchSize,
+// one write.
+[[noreturn]] void workerMain(int fd, Shared& shared, Slot& slot, size_t count, unsigned jobs,
                              const TaskRunner& runner) {
   std::string message;
   for (;;) {
-    const Batch batch = takeBatch(shared, count, batchSize);
+    const Batch batch = takeBatch(shared, count, jobs);
     if (batch.first == batch.end) _exit(0);
     slot.first = batch.first;
     slot.end = batch.end;
@@ -97,10 +104,7 @@ struct Worker {
 class Pool {
  public:
   Pool(size_t count, unsigned jobs, const TaskRunner& runner, Shared& shared)
-      : count_(count), runner_(runner), shared_(shared), outputs_(count) {
-    // Batches small enough that every worker gets several.
-    batch_ = static_cast<uint32_t>(std::clamp<size_t>(count / (size_t{jobs} * 8), 1, 64));
-  }
+      : count_(count), jobs_(jobs), runner_(runner), shared_(shared), outputs_(count) {}
 
   // Starts a worker in the given slot; false when no process or pipe could be had.
   bool spawn(size_t slot) {
@@ -118,7 +122,7 @@ class Pool {
     if (pid == 0) {
       close(fds[0]);
       for (const Worker& w : workers_) close(w.fd);
-      workerMain(fds[1], shared_, shared_.slots[slot], count_, batch_, runner_);
+      workerMain(fds[1], shared_, shared_.slots[slot], count_, jobs_, runner_);
     }
     close(fds[1]);
     // Room for a batch's output, so that a worker seldom waits for the
@@ -132,8 +136,8 @@ class Pool {
   // The parent is one of the jobs: it takes batches as the workers do, and
   // between its batches takes in what they sent.
   void run() {
-    for (Batch batch = takeBatch(shared_, count_, batch_); batch.first != batch.end;
-         batch = takeBatch(shared_, count_, batch_)) {
+    for (Batch batch = takeBatch(shared_, count_, jobs_); batch.first != batch.end;
+         batch = takeBatch(shared_, count_, jobs_)) {
       for (uint32_t task = batch.first; task < batch.end; ++task) outputs_[task] = runner_.run(task);
       emitReady();
       receiveAll(0);
@@ -219,9 +223,9 @@ class Pool {
   }
 
   size_t count_;
+  unsigned jobs_;
   const TaskRunner& runner_;
   Shared& shared_;
-  uint32_t batch_;
   std::vector<Worker> workers_;
   std::vector<pollfd> polled_;
   std::vector<std::optional<TaskOutput>> outputs_;
