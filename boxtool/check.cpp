@@ -1,5 +1,5 @@
-#include "check.h"
-
+// boxtool check: the problem findings of box files, one line each, and a
+// verdict per file, for people (text) and scripts (NDJSON, exit status).
 #include <sched.h>
 #include <unistd.h>
 
@@ -11,10 +11,16 @@
 #include "analysed_file.h"
 #include "command.h"
 #include "printable.h"
+#include "worker_pool.h"
 
 namespace {
 
 using Json = nlohmann::ordered_json;
+
+struct CheckOptions {
+  bool json = false;
+  bool quiet = false;  // summaries only
+};
 
 // The version of the JSON lines' layout; it changes only when a field
 // changes meaning or goes away.
@@ -85,6 +91,28 @@ TaskOutput notAnalysed(const std::string& path, const std::string& reason, const
   return output;
 }
 
+// Everything check prints for one file, and its status bits.
+TaskOutput checkFile(const std::string& path, const CheckOptions& options) {
+  const AnalysedFile file(path);
+  if (!file.analysed()) return notAnalysed(path, file.reason, options);
+  TaskOutput output;
+  output.status = file.status();
+  const std::string shown = printable(path);
+  if (!options.quiet) {
+    for (const Finding& f : file.findings)
+      output.out += options.json ? jsonLine(findingObject(shown, f)) : findingLine(shown, f);
+  }
+  if (options.json) {
+    output.out += jsonLine(summaryObject(shown, file.counts, output.status, ""));
+  } else if (file.findings.empty()) {
+    output.out += shown + ": no problems found\n";
+  } else {
+    output.out += format("%s: %u critical, %u errors, %u warnings\n", shown.c_str(), file.counts.critical,
+                         file.counts.errors, file.counts.warnings);
+  }
+  return output;
+}
+
 unsigned processorCount() {
   cpu_set_t set;
   if (sched_getaffinity(0, sizeof set, &set) == 0) return static_cast<unsigned>(CPU_COUNT(&set));
@@ -118,27 +146,6 @@ int runCheck(const CheckArguments& args) {
 }
 
 }  // namespace
-
-TaskOutput checkFile(const std::string& path, const CheckOptions& options) {
-  const AnalysedFile file(path);
-  if (!file.analysed()) return notAnalysed(path, file.reason, options);
-  TaskOutput output;
-  output.status = file.status();
-  const std::string shown = printable(path);
-  if (!options.quiet) {
-    for (const Finding& f : file.findings)
-      output.out += options.json ? jsonLine(findingObject(shown, f)) : findingLine(shown, f);
-  }
-  if (options.json) {
-    output.out += jsonLine(summaryObject(shown, file.counts, output.status, ""));
-  } else if (file.findings.empty()) {
-    output.out += shown + ": no problems found\n";
-  } else {
-    output.out += format("%s: %u critical, %u errors, %u warnings\n", shown.c_str(), file.counts.critical,
-                         file.counts.errors, file.counts.warnings);
-  }
-  return output;
-}
 
 Command addCheckCommand(CLI::App& boxtool) {
   auto args = std::make_shared<CheckArguments>();
