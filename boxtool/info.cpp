@@ -80,7 +80,7 @@ Report makeReport(const AnalysedFile& file) {
                offsetCards,
                indexCard,
                terminator};
-  // compact drops the garbage cards and adds a missing terminator.
+  // The collector drops the garbage cards and adds a missing terminator.
   r.compactFrees = int64_t{chain.garbageBytes} - (terminator.count ? 0 : box::kTerminatorSize);
 
   Coverage& c = r.coverage;
@@ -101,7 +101,9 @@ Report makeReport(const AnalysedFile& file) {
 std::string row(const std::string& label, const std::string& value, int indent = 2) {
   std::string s = std::string(static_cast<size_t>(indent), ' ') + label + " ";
   while (s.size() < kLabelWidth) s += '.';
-  return s + " " + value + "\n";
+  s += " " + value;
+  s.erase(s.find_last_not_of(' ') + 1);  // empty tags and names leave no blanks behind
+  return s + "\n";
 }
 
 // A section's title, with the headings of its value columns.
@@ -137,8 +139,6 @@ std::string text(const AnalysedFile& file, const Report& r) {
                c.part ? 4 : 2);
   }
   out += row("compact frees", format("%10s %10lld", "", static_cast<long long>(r.compactFrees)));
-  out += row("size after compact",
-             format("%10s %10lld", "", a.file.size - static_cast<long long>(r.compactFrees)));
 
   const ItemInfo& items = *a.itemInfo;
   out += title("Fields", format("%7s %9s  %-4s  %s", "data ID", "attribute", "tag", "name"));
@@ -175,7 +175,7 @@ Json json(const AnalysedFile& file, const Report& r) {
     j["header_totals"][t.key] = {
         {"stored", t.stored}, {"counted", t.counted}, {"differs", t.stored != t.counted}};
   for (const CardClass& c : r.classes) j["cards"][c.key] = {{"count", c.count}, {"bytes", c.bytes}};
-  j["compact"] = {{"frees", r.compactFrees}, {"size_after", int64_t{a.file.size} - r.compactFrees}};
+  j["compact"] = {{"frees", r.compactFrees}};
   const ItemInfo& items = *a.itemInfo;
   j["item_info"] = {{"offset", a.headerCheck->itemInfoOffset()},
                     {"declared_size", a.headerCheck->itemInfoSize()},
