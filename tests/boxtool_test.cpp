@@ -37,36 +37,9 @@ using Args = std::vector<std::string>;
 
 namespace {
 
-std::string slurp(const std::string& path) {
-  std::ostringstream s;
-  s << std::ifstream(path, std::ios::binary).rdbuf();
-  return s.str();
-}
-
 // Runs boxtool with args in dir (tests/data by default) under TZ=UTC.
 RunResult boxtool(const Args& args, const std::string& dir = goldenPath("")) {
-  char outPath[] = "/tmp/boxtool-out-XXXXXX", errPath[] = "/tmp/boxtool-err-XXXXXX";
-  const int outFd = mkstemp(outPath), errFd = mkstemp(errPath);
-  const pid_t pid = fork();
-  if (pid == 0) {
-    dup2(outFd, STDOUT_FILENO);
-    dup2(errFd, STDERR_FILENO);
-    setenv("TZ", "UTC", 1);
-    std::vector<char*> argv{const_cast<char*>("boxtool")};
-    for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
-    argv.push_back(nullptr);
-    if (chdir(dir.c_str()) == 0) execv(BOXTOOL_BINARY, argv.data());
-    _exit(127);
-  }
-  close(outFd);
-  close(errFd);
-  int status = 0;
-  waitpid(pid, &status, 0);
-  RunResult r{slurp(outPath), slurp(errPath),
-              WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status)};
-  unlink(outPath);
-  unlink(errPath);
-  return r;
+  return runProgram(BOXTOOL_BINARY, args, false, dir);
 }
 
 // Every golden box, by its name in tests/data, in name order.

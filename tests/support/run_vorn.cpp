@@ -28,7 +28,8 @@ std::string drain(const char* path) {
 
 }  // namespace
 
-RunResult runProgram(const std::string& program, const std::vector<std::string>& args, bool unprivileged) {
+RunResult runProgram(const std::string& program, const std::vector<std::string>& args, bool unprivileged,
+                     const std::string& dir) {
   char outPath[] = "/tmp/vorn-out-XXXXXX";
   char errPath[] = "/tmp/vorn-err-XXXXXX";
   const int outFd = mkstemp(outPath);
@@ -48,7 +49,7 @@ RunResult runProgram(const std::string& program, const std::vector<std::string>&
     for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) unsetenv(name);
     constexpr uid_t kNobody = 65534;
     if (unprivileged && geteuid() == 0 && (setgid(kNobody) != 0 || setuid(kNobody) != 0)) _exit(126);
-    execv(program.c_str(), argv.data());
+    if (dir.empty() || chdir(dir.c_str()) == 0) execv(program.c_str(), argv.data());
     _exit(127);
   }
   close(outFd);

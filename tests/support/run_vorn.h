@@ -12,11 +12,11 @@ struct RunResult {
   int status = -1;  // exit status; 128 + signal number when killed
 };
 
-// Runs program with args under TZ=UTC and without a display.  With
-// unprivileged, a caller that is root runs it as the user nobody, so that
-// file permissions apply.  Hangs are CTest's TIMEOUT to catch.
+// Runs program with args under TZ=UTC and without a display, in dir when
+// one is given.  With unprivileged, a caller that is root runs it as the user
+// nobody, so that file permissions apply.  Hangs are CTest's TIMEOUT to catch.
 RunResult runProgram(const std::string& program, const std::vector<std::string>& args,
-                     bool unprivileged = false);
+                     bool unprivileged = false, const std::string& dir = "");
 
 RunResult runVorn(const std::vector<std::string>& args);
 RunResult runVornUnprivileged(const std::vector<std::string>& args);
