@@ -5,9 +5,11 @@
 #      VORN_FUZZ_SECONDS (default 60) from the seed corpus;
 #   2. every test under AddressSanitizer and UndefinedBehaviorSanitizer;
 #   3. the tests of a build without the window (no Qt);
-#   4. every test in the ordinary build, benchmarks compiled; its CTest
-#      summary is the last line.
-# VORN_QUICK=1 runs only the last stage.  With CI=true warnings are errors.
+#   4. the ordinary build, benchmarks compiled, and its Debian package: the
+#      files it holds, its manual pages, and as root its installation, a run
+#      of the installed programs and its removal (tools/check-package.sh);
+#   5. every test of that build; its CTest summary is the last line.
+# VORN_QUICK=1 runs only the ordinary build's tests, without the package.  With CI=true warnings are errors.
 set -eu
 cd "$(dirname "$0")/.."
 . tools/deps.sh
@@ -17,7 +19,7 @@ werror=OFF
 jobs="$(nproc)"
 
 if [ "${VORN_QUICK:-0}" != 1 ]; then
-  vorn_ensure_packages clang-14 libclang-rt-14-dev
+  vorn_ensure_packages clang-14 libclang-rt-14-dev man-db
 
   echo "== fuzzing (${VORN_FUZZ_SECONDS:-60} s a target)"
   vorn_build fuzz build-fuzz -DVORN_WERROR="$werror" -DVORN_FUZZ_SECONDS="${VORN_FUZZ_SECONDS:-60}"
@@ -38,4 +40,8 @@ fi
 echo "== tests"
 build="${VORN_BUILD_DIR:-build}"
 vorn_build default "$build" -DVORN_WERROR="$werror" -DVORN_BUILD_BENCHMARKS=ON
+if [ "${VORN_QUICK:-0}" != 1 ]; then
+  echo "== the Debian package"
+  tools/check-package.sh "$build"
+fi
 ctest --preset default --test-dir "$build" -j"$jobs"
