@@ -7,21 +7,12 @@
 #include "box_builder.h"
 #include "boxlib.h"
 #include "findings.h"
+#include "golden_cases.h"
 #include "reporter.h"
 
 using namespace boxtest;
 
 namespace {
-
-BuiltBox smallBox() {
-  return BoxBuilder()
-      .field(1, "NAME", "Name")
-      .card(1, {text("Ann")})
-      .card(2, {text("Bob")})
-      .indexCard({{"NAME", "n.idx"}})
-      .terminator()
-      .build();
-}
 
 int check(const Bytes& bytes, int level = 255) {
   TempBox box(bytes);

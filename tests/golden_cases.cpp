@@ -24,17 +24,6 @@ Bytes join(std::initializer_list<Bytes> parts) {
   return out;
 }
 
-// One field, two cards, the reference index card and the terminator.
-BuiltBox smallBox() {
-  return BoxBuilder()
-      .field(1, "NAME", "Name")
-      .card(1, {text("Ann")})
-      .card(2, {text("Bob")})
-      .indexCard({{"NAME", "n.idx"}})
-      .terminator()
-      .build();
-}
-
 Bytes smallWith(std::initializer_list<std::pair<HeaderField, uint32_t>> fields) {
   Bytes b = smallBox().bytes;
   for (const auto& [field, value] : fields) setHeader(b, field, value);
@@ -329,6 +318,16 @@ const Row kRows[] = {
 // clang-format on
 
 }  // namespace
+
+BuiltBox smallBox() {
+  return BoxBuilder()
+      .field(1, "NAME", "Name")
+      .card(1, {text("Ann")})
+      .card(2, {text("Bob")})
+      .indexCard({{"NAME", "n.idx"}})
+      .terminator()
+      .build();
+}
 
 std::vector<GoldenCase> goldenCases() {
   std::vector<GoldenCase> cases;

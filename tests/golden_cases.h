@@ -16,4 +16,8 @@ struct GoldenCase {
 
 std::vector<GoldenCase> goldenCases();
 
+// One field, two cards, the reference index card and the terminator: the
+// sound box many cases start from.
+BuiltBox smallBox();
+
 }  // namespace boxtest
