@@ -1,4 +1,7 @@
 // The graphical mode: the Qtopia application object and one main window.
+#include <QCoreApplication>
+#include <QLibraryInfo>
+
 #include <cstdio>
 #include <cstdlib>
 
@@ -18,6 +21,21 @@ bool hasDisplay() {
 
 }  // namespace
 
+WindowTranslations::WindowTranslations(const QLocale& locale) {
+  if (!window_.load(locale, QStringLiteral("vorn"), QStringLiteral("_"), QStringLiteral(":/i18n"))) return;
+  QCoreApplication::installTranslator(&window_);
+  if (qt_.load(locale, QStringLiteral("qtbase"), QStringLiteral("_"),
+               QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
+    QCoreApplication::installTranslator(&qt_);
+  }
+  installed_ = true;
+}
+
+WindowTranslations::~WindowTranslations() {
+  QCoreApplication::removeTranslator(&qt_);
+  QCoreApplication::removeTranslator(&window_);
+}
+
 int graphicalStart(int argc, char** argv) {
   // Without a display the toolkit would abort; say what to do instead.
   if (!hasDisplay()) {
@@ -28,6 +46,7 @@ int graphicalStart(int argc, char** argv) {
     return 2;
   }
   QPEApplication application(argc, argv, QPEApplication::GuiClient);
+  const WindowTranslations translations{QLocale()};
   auto* widget = new Vorn();
   application.showMainDocumentWidget(widget, false);
   const int status = application.exec();

@@ -1,25 +1,19 @@
 // The analyse action and the box self-check, driven through the window.
-#include <QCheckBox>
-#include <QComboBox>
-#include <QGroupBox>
-#include <QProgressBar>
-#include <QPushButton>
-#include <QTest>
-#include <QTreeWidget>
+#include <QMimeData>
+#include <QRegularExpression>
 
 #include "address_book.h"
 #include "boxlib.h"
+#include "findings.h"
 #include "gui_support.h"
-#include "hostile_files.h"
 #include "self_check.h"
 #include "shrinker.h"
-#include "vorn.h"
 
 using namespace boxtest;
 
 namespace {
 
-// An address book of twelve cards; card 3 holds an impossible weekday.
+// An address book of twelve cards; the card with ID 3 holds weekday 7.
 Bytes addressBook() {
   BoxBuilder b;
   b.field(1, "NAME", "Name").field(7, "WDAY", "Day");
@@ -27,161 +21,227 @@ Bytes addressBook() {
   return b.indexCard({{"NAME", "n.idx"}}).terminator().build().bytes;
 }
 
-int fakeResult = 0;
-QByteArray fakeSeenPath;
+// What the replaced functions see of the window while an action runs.
+Vorn* window = nullptr;
+QString seenWhileRunning;  // L locked, P progress bar shown, per call
+int checkResult = 0;
+QByteArray checkedPath;
+void noteTheWindow() {
+  seenWhileRunning +=
+      QString(groupsDisabled(*window) ? "L" : "-") + (window->progress->isVisible() ? "P " : "- ");
+}
 int fakeCheck(const char* path, int level) {
-  fakeSeenPath = path;
-  return level == 255 ? fakeResult : 12345;
+  noteTheWindow();
+  checkedPath = path;
+  return level == 255 ? checkResult : 12345;
+}
+time_t fakeNow = 0;
+time_t tickingClock() {  // every progress report goes through
+  noteTheWindow();
+  return fakeNow += 2;
+}
+QString dialogAnswer;
+
+// The problem findings of a tree, or of a console output, one a line:
+// "INDEX|SEVERITY|CODE|TEXT AND DETAIL", sorted.
+QStringList treeProblems(const QTreeWidget* list) {
+  QStringList found;
+  for (int i = 0; i < list->topLevelItemCount(); ++i) {
+    for (int c = 0; c < list->topLevelItem(i)->childCount(); ++c) {
+      const QTreeWidgetItem* f = list->topLevelItem(i)->child(c);
+      const QString key = list->topLevelItem(i)->text(3);
+      if (QStringList{"Critical", "Error", "Warning"}.contains(f->text(0)))
+        found << QStringList{key, f->text(0), f->text(3).trimmed(), f->text(2)}.join('|');
+    }
+  }
+  return found.sort(), found;
+}
+QStringList consoleProblems(const QByteArray& output) {
+  static const QRegularExpression position(R"(^ --\s+(-?\d+): )"), finding(R"(^    ([0-9a-f]{6,8}) (.*)$)");
+  QStringList found;
+  QString index;
+  for (const QString& line : QString::fromLatin1(output).split('\n')) {
+    if (const auto at = position.match(line); at.hasMatch()) index = at.captured(1);
+    const auto f = finding.match(line);
+    const uint32_t code = f.captured(1).toUInt(nullptr, 16);
+    const QString shown = QString::asprintf("%.4x", displayCode(code));
+    if (f.hasMatch() && severityName(code))
+      found << QStringList{index, severityName(code), shown, f.captured(2)}.join('|');
+  }
+  return found.sort(), found;
 }
 
-QStringList rows(const QTreeWidget* list) {
-  QStringList texts;
-  for (int i = 0; i < list->topLevelItemCount(); ++i) {
-    const QTreeWidgetItem* item = list->topLevelItem(i);
-    texts << item->text(0) + "|" + item->text(1) + "|" + item->text(2);
-  }
-  return texts;
-}
+// How a file under a HOME is chosen: by its application row, from "Other
+// Boxes", through "Open box file..." or by a drop.
+const QString kHome = "hömé $(touch x) 'q';`y`";
+// clang-format off
+const struct { const char* name; QString home, file, how; } kChosen[] = {
+    {"application row, HOME outside ASCII", kHome, "Applications/bxd/KQADRS.BOX", "row"},
+    {"Japanese name from Other Boxes", kHome, "Applications/bxd/住所録 ü.box", "menu"},
+    {"opened from anywhere", kHome, "バックアップ/ü;$x.BOX", "dialog"},
+    {"dropped onto the window", kHome, "バックアップ/dropped 名前.box", "drop"},
+};
+const struct { const char* name; int result; const char* outcome; } kChecks[] = {
+    {"passed", 0, "No Error||0"},
+    {"failed parts", 3, "Error||3"},
+    {"minus one is 65535", -1, "Error||65535"},
+    {"only high bits count as passed", 65536, "No Error||0"},
+};
+// clang-format on
 
 }  // namespace
 
 class ActionsTest : public QObject {
   Q_OBJECT
 
-  static void expectIdle(Vorn& w) {
-    QVERIFY(w.gcGroup->isEnabled() && w.anGroup->isEnabled() && w.fileGroup->isEnabled());
-    QCOMPARE(w.focusWidget(), w.appliCombo);
-    QVERIFY(!w.progress->isVisible());
-  }
-
  private slots:
-  void missingBoxFileGivesOneWarningAndChangesNothing() {
+  void fileProblemsAreExplained() {
+    // Missing: nothing changes, the form never locks.  Empty: no rows.
+    // Shrinking while analysed: the rows so far stay.
     TempHome home;
+    const QString path = home.boxDir() + "KQDATE.BOX";
     Vorn w;
     w.show();
     new QTreeWidgetItem(w.result, {"kept"});
-    MessageBoxAnswerer ok;
+    MessageBoxAnswerer ok("R", [&w] { return !w.anGroup->isEnabled(); });
     QTest::mouseClick(w.anButton, Qt::LeftButton);
-    QCOMPARE(ok.seen.size(), 1);
-    QCOMPARE(ok.seen[0].caption, QStringLiteral("File error"));
-    QCOMPARE(ok.seen[0].text, "Box file is not found.\n" + home.boxDir() + "KQDATE.BOX");
-    QCOMPARE(rows(w.result), QStringList{"kept||"});
-    QVERIFY(w.gcGroup->isEnabled() && w.anGroup->isEnabled());
+    QVERIFY(rows(w.result) == QStringList{"kept||"} && !ok.seen[0].busy);
+    home.put("KQDATE.BOX", {});
+    QTest::mouseClick(w.anButton, Qt::LeftButton);
+    QCOMPARE(w.result->topLevelItemCount(), 0);
+    Bytes bytes = bigAddressBook(3000, false).bytes;
+    setHeader(bytes, HeaderField::kDefaultTable, 0x50);
+    home.put("KQDATE.BOX", bytes);
+    {
+      Shrinker shrink(QFile::encodeName(path).toStdString(), 200, 8192);
+      QTest::mouseClick(w.anButton, Qt::LeftButton);
+    }
+    QCOMPARE(ok.texts(), (QStringList{"File error: Box file is not found.\n" + path,
+                                      "File error: Box file cannot be read.\n" + path + "\nEmpty file",
+                                      "File error: Box file shrank while it was analysed.\n" + path +
+                                          "\nThe findings end where it was cut."}));
+    QCOMPARE(w.result->topLevelItem(0)->child(0)->text(2), "Unusual offset of default offset table (0050).");
+    QVERIFY(idle(w));
   }
 
   void analysisFillsTheTree() {
     TempHome home;
-    const QString path = home.put("KQADRS.BOX", addressBook());
+    Bytes bytes = addressBook();
+    setHeader(bytes, HeaderField::kMaxId, 99);  // an Error among the header's listings
+    const QString path = home.put("KQADRS.BOX", bytes);
     home.writeConfig("Launcher", "[Preload]\nApps = addressbook\n");  // fast load does not matter here
     Vorn w;
     w.show();
-    QApplication::setActiveWindow(&w);
     w.appliCombo->setCurrentIndex(1);
     w.anNoisy->setChecked(true);
     w.anVerbose->setChecked(true);
     QTest::mouseClick(w.anButton, Qt::LeftButton);
-
-    // Sections first, then every card (noisy), in the text order of their index.
-    QStringList keys;
+    QStringList keys;  // sections, then every card, in the text order of their index; findings by code
     for (int i = 0; i < w.result->topLevelItemCount(); ++i) keys << w.result->topLevelItem(i)->text(3);
-    QCOMPARE(keys, (QStringList{"", "-1", "-2", "-3", "-4", "0", "1", "10", "11", "12", "13", "2", "3", "4",
-                                "5", "6", "7", "8", "9"}));
+    for (int i = 0; i < w.result->topLevelItem(1)->childCount(); ++i)
+      keys << w.result->topLevelItem(1)->child(i)->text(3);
+    QCOMPARE(keys.join(' '),
+             " -1 -2 -3 -4 0 1 10 11 12 13 2 3 4 5 6 7 8 9    0800   8000001   8000002   8000003   8000004   "
+             "8000005 "
+             "  8000006   8000007 ");
     QCOMPARE(rows(w.result).first(), "BOX file name||" + path);
-    const QTreeWidgetItem* card2 = w.result->topLevelItem(11);
-    QCOMPARE(card2->text(1), QStringLiteral("   0003"));
-    QCOMPARE(card2->text(4), QStringLiteral("*"));
-    QCOMPARE(card2->child(0)->text(2), QStringLiteral("Illegal format of WEEK at 1 (07)."));
-    QCOMPARE(w.result->topLevelItem(10)->text(4), QString());  // card 1 is sound
-    QCOMPARE(w.result->topLevelItem(1)->text(0), QStringLiteral("Box header"));
-    QVERIFY(w.result->topLevelItem(1)->childCount() >= 3);  // verbose listings
-    expectIdle(w);
-
-    // Without verbose: no listings, no file name row.
-    w.anVerbose->setChecked(false);
-    w.anNoisy->setChecked(false);
+    QCOMPARE(w.result->topLevelItem(11)->child(0)->text(2), "Illegal format of WEEK at 1 (07).");
+    QVERIFY(w.result->topLevelItem(1)->childCount() >= 3 && idle(w));  // verbose listings
+    w.anVerbose->setChecked(false);                                    // no listings, no file name row
     QTest::mouseClick(w.anButton, Qt::LeftButton);
     QVERIFY(!rows(w.result).join(",").contains("BOX file name"));
-    QCOMPARE(w.result->topLevelItem(0)->childCount(), 0);
-    expectIdle(w);
+    QVERIFY(w.result->topLevelItem(0)->childCount() == 1 && idle(w));  // the Error alone
   }
 
-  void unreadableBoxFileIsExplained() {
+  void hostileFilesGiveTheGoldenFindings_data() {
+    QTest::addColumn<QString>("name");
+    for (const QString& box : QDir(VORN_TEST_DATA).entryList({"hostile_*.box"}))
+      QTest::newRow(qPrintable(box)) << VORN_TEST_DATA "/" + box.chopped(4);
+  }
+  void hostileFilesGiveTheGoldenFindings() {
+    QFETCH(QString, name);
     TempHome home;
-    home.put("KQDATE.BOX", {});
+    QFile golden(name + ".out");
+    QVERIFY(QFile::copy(name + ".box", home.boxDir() + "KQDATE.BOX") && golden.open(QIODevice::ReadOnly));
     Vorn w;
     w.show();
-    MessageBoxAnswerer ok;
+    MessageBoxAnswerer none;
     QTest::mouseClick(w.anButton, Qt::LeftButton);
-    QCOMPARE(ok.seen.size(), 1);
-    QCOMPARE(ok.seen[0].text, "Box file cannot be read.\n" + home.boxDir() + "KQDATE.BOX\nEmpty file");
-    QCOMPARE(w.result->topLevelItemCount(), 0);
+    QCOMPARE(treeProblems(w.result), consoleProblems(golden.readAll()));
+    QVERIFY(none.seen.isEmpty() && idle(w));
   }
 
-  void shrinkingBoxKeepsTheRowsAndWarns() {
-    TempHome home;
-    Bytes bytes = bigAddressBook(3000, false).bytes;
-    setHeader(bytes, HeaderField::kDefaultTable, 0x50);
-    const QString path = home.put("KQDATE.BOX", bytes);
-    Vorn w;
-    w.show();
-    MessageBoxAnswerer ok;
-    {
-      Shrinker shrink(path.toStdString(), 200, 8192);
-      QTest::mouseClick(w.anButton, Qt::LeftButton);
-    }
-    QCOMPARE(ok.seen.size(), 1);
-    QCOMPARE(ok.seen[0].caption, QStringLiteral("File error"));
-    QCOMPARE(ok.seen[0].text,
-             "Box file shrank while it was analysed.\n" + path + "\nThe findings end where it was cut.");
-    QCOMPARE(rows(w.result).first(), QStringLiteral("Box header||    48h byte."));
-    QCOMPARE(w.result->topLevelItem(0)->child(0)->text(2),
-             QStringLiteral("Unusual offset of default offset table (0050)."));
-    expectIdle(w);
-  }
-
-  void hostileFilesGiveRowsOrOneWarning() {
-    TempHome home;
-    Vorn w;
-    w.show();
-    w.anVerbose->setChecked(true);
-    w.anNoisy->setChecked(true);
-    w.anDebug->setChecked(true);
-    for (const HostileFile& file : hostileFiles()) {
-      home.put("KQDATE.BOX", file.bytes);
-      MessageBoxAnswerer ok;
-      QTest::mouseClick(w.anButton, Qt::LeftButton);
-      if (file.bytes.empty()) {
-        QCOMPARE(ok.seen.size(), 1);
-      } else {
-        QVERIFY2(ok.seen.isEmpty(), file.name);
-        QVERIFY2(rows(w.result).join(",").contains("Offset table"), file.name);
-      }
-      expectIdle(w);
-    }
-  }
-
+  void selfCheckShowsTheMaskedCode_data() { indexRows(kChecks); }
   void selfCheckShowsTheMaskedCode() {
+    QFETCH(int, i);
     TempHome home;
     const QString path = home.put("KQDATE.BOX", addressBook());
     Vorn w;
     w.show();
+    window = &w;
     QTest::mouseClick(w.chkBXD, Qt::LeftButton);
     w.anVerbose->setChecked(true);
+    boxCheckFunction = fakeCheck;
+    checkResult = kChecks[i].result;
+    seenWhileRunning.clear();
+    QTest::mouseClick(w.anButton, Qt::LeftButton);
+    boxCheckFunction = _BXDFileCheckLevel;
+    QCOMPARE(rows(w.result), (QStringList{"BXDFileCheck Start||", kChecks[i].outcome}));
+    QVERIFY(checkedPath == QFile::encodeName(path) && seenWhileRunning == "L- " && idle(w));
+  }
 
-    // The real library: the weekday is only a warning.
+  void longAnalysisLocksTheFormAndShowsProgress() {
+    TempHome home;
+    home.put("KQDATE.BOX", bigAddressBook(3000, false).bytes);
+    Vorn w;
+    w.show();
+    window = &w;
+    seenWhileRunning.clear();
+    fakeNow = lastProgressTime;
+    setProgressClock(tickingClock);
+    QTest::mouseClick(w.anButton, Qt::LeftButton);
+    setProgressClock(nullptr);
+    // Hidden up to the third report, shown from then on, hidden at the end.
+    QVERIFY2(seenWhileRunning.startsWith("L- L- L- LP LP ") && seenWhileRunning.endsWith("LP "),
+             qPrintable(seenWhileRunning.left(40)));
+    QVERIFY(!seenWhileRunning.contains("-P") && !seenWhileRunning.contains("-- ") && idle(w));
+  }
+
+  void anyFileIsAnalysedAndChecked_data() { indexRows(kChosen); }
+  void anyFileIsAnalysedAndChecked() {
+    QFETCH(int, i);
+    TempHome home(kChosen[i].home);
+    const QString path = home.path() + "/" + kChosen[i].file, how = kChosen[i].how;
+    QDir().mkpath(QFileInfo(path).path());
+    TempHome::write(path, addressBook());
+    Vorn w;
+    w.show();
+    w.anVerbose->setChecked(true);
+    MessageBoxAnswerer none;
+    MenuAnswerer pick(QFileInfo(path).fileName());
+    dialogAnswer = path;
+    boxFileSelecter::openFileDialog = [](QWidget*, const QString&, const QString&, const QString&) {
+      return dialogAnswer;
+    };
+    QMimeData mime;
+    mime.setUrls({QUrl::fromLocalFile(path)});
+    QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    if (how == "drop") {
+      QApplication::sendEvent(&w, &enter);
+      QVERIFY(enter.isAccepted());
+      QApplication::sendEvent(&w, &drop);
+      QCoreApplication::sendPostedEvents(&w, QEvent::MetaCall);  // the analysis follows the drop
+    } else {
+      choose(w.appliCombo, how == "row" ? 1 : how == "menu" ? 6 : 7);
+      QTest::mouseClick(w.anButton, Qt::LeftButton);
+    }
+    QCOMPARE(rows(w.result).first(), "BOX file name||" + path);
+    QVERIFY(treeProblems(w.result).join('\n').contains("Illegal format of WEEK at 1 (07)."));
+    QTest::mouseClick(w.chkBXD, Qt::LeftButton);
     QTest::mouseClick(w.anButton, Qt::LeftButton);
     QCOMPARE(rows(w.result), (QStringList{"BXDFileCheck Start||", "No Error||0"}));
-
-    boxCheckFunction = fakeCheck;
-    const QList<QPair<int, QString>> cases = {{3, "Error||3"}, {-1, "Error||65535"}, {65536, "No Error||0"}};
-    for (const auto& [value, outcome] : cases) {
-      fakeResult = value;
-      QTest::mouseClick(w.anButton, Qt::LeftButton);
-      QCOMPARE(rows(w.result), (QStringList{"BXDFileCheck Start||", outcome}));
-      QCOMPARE(fakeSeenPath, path.toLatin1());
-    }
-    boxCheckFunction = _BXDFileCheckLevel;
-    expectIdle(w);
+    QVERIFY(none.seen.isEmpty() && !QFile::exists(home.path() + "/x") && !QFile::exists("x"));
   }
 };
 

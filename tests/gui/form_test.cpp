@@ -1,121 +1,186 @@
-// The main window right after start, and its two switches.
-#include <QCheckBox>
-#include <QComboBox>
-#include <QGroupBox>
+// The main window: its form as one table, its state after start, its two
+// switches, its size on a desktop and its texts in two languages.
+#include <QGridLayout>
 #include <QHeaderView>
-#include <QLabel>
-#include <QProgressBar>
-#include <QPushButton>
-#include <QTest>
-#include <QTreeWidget>
+#include <QProcess>
 
+#include "graphical_start.h"
 #include "gui_support.h"
-#include "vorn.h"
+#include "samples.h"
+
+namespace {
+
+// Where a widget sits in a layout: "row,column" in a grid, the position in
+// a box, joined by "/" through nested layouts.
+QString place(QLayout* layout, QWidget* widget) {
+  for (int i = 0; i < layout->count(); ++i) {
+    int row, column, rows, columns;
+    auto* grid = qobject_cast<QGridLayout*>(layout);
+    if (grid) grid->getItemPosition(i, &row, &column, &rows, &columns);
+    const QString here = grid ? QString("%1,%2").arg(row).arg(column) : QString::number(i);
+    QLayoutItem* item = layout->itemAt(i);
+    const QString inner = item->layout() ? place(item->layout(), widget) : QString();
+    if (item->widget() == widget || !inner.isEmpty()) return inner.isEmpty() ? here : here + "/" + inner;
+  }
+  return QString();
+}
+
+// clang-format off
+const struct { const char *name, *className, *parent, *text, *place, *toolTip; } kForm[] = {
+    {"gcGroup", "QGroupBox", "VornBase", "Garbage Collection", "1,0", ""},
+    {"gcDeleteIndex", "QCheckBox", "gcGroup", "delete Index File", "0", ""},
+    {"gcButton", "QPushButton", "gcGroup", "Exec", "2", "Collect the garbage of the selected box file, then restart"},
+    {"fileGroup", "QGroupBox", "VornBase", "", "0,0", ""},
+    {"appLabel", "QLabel", "fileGroup", "Application", "0", ""},
+    {"appliCombo", "QComboBox", "fileGroup", "", "1", ""},
+    {"storLabel", "QLabel", "fileGroup", "Storage", "2", ""},
+    {"storageCombo", "QComboBox", "fileGroup", "", "3", ""},
+    {"anOnlyChk", "QCheckBox", "fileGroup", "", "5", "Analyse only: hide garbage collection"},
+    {"anGroup", "QGroupBox", "VornBase", "Analyze", "2,0", ""},
+    {"progress", "QProgressBar", "anGroup", "", "1,0", ""},
+    {"result", "QTreeWidget", "anGroup", "", "2,0", ""},
+    {"anVerbose", "QCheckBox", "anGroup", "Verbose", "0,0/0", ""},
+    {"anNoisy", "QCheckBox", "anGroup", "Noisy", "0,0/1", ""},
+    {"anDebug", "QCheckBox", "anGroup", "Debug", "0,0/2", ""},
+    {"chkBXD", "QCheckBox", "anGroup", "BXD", "0,0/3", ""},
+    {"anButton", "QPushButton", "anGroup", "Exec", "0,0/5", "Analyse the selected box file and list its findings"},
+};
+// clang-format on
+
+}  // namespace
 
 class FormTest : public QObject {
   Q_OBJECT
 
  private slots:
-  void formAloneIsBuiltButNotFilled() {
-    VornBase unnamed;
-    QCOMPARE(unnamed.objectName(), QStringLiteral("VornBase"));
-    VornBase named(nullptr, "mine");
-    QCOMPARE(named.objectName(), QStringLiteral("mine"));
-    QCOMPARE(unnamed.windowTitle(), QStringLiteral("Vorn2"));
-    QCOMPARE(unnamed.size(), QSize(526, 274));
-    QCOMPARE(unnamed.appliCombo->count(), 0);
-    QCOMPARE(unnamed.progress->maximum(), 300);
-    QCOMPARE(unnamed.result->columnCount(), 8);
-    QCOMPARE(unnamed.result->headerItem()->text(2), QStringLiteral("Context"));
-    QVERIFY(unnamed.result->isColumnHidden(3) && unnamed.result->isColumnHidden(7));
-    QVERIFY(!unnamed.result->isColumnHidden(2));
-    QCOMPARE(unnamed.result->minimumSize(), QSize(0, 40));
-    QVERIFY(unnamed.result->rootIsDecorated() && unnamed.result->allColumnsShowFocus());
-    QCOMPARE(unnamed.result->header()->sortIndicatorSection(), 3);
-    QVERIFY(unnamed.fileGroup->isFlat());
-    QCOMPARE(unnamed.fileGroup->title(), QString());
+  void widgetsOfTheForm_data() { indexRows(kForm); }
+  void widgetsOfTheForm() {
+    QFETCH(int, i);
+    VornBase form;
+    auto* widget = form.findChild<QWidget*>(kForm[i].name);
+    QVERIFY(widget);
+    const QString text = widget->property(qobject_cast<QGroupBox*>(widget) ? "title" : "text").toString();
+    QCOMPARE(
+        QStringList({widget->metaObject()->className(), widget->parentWidget()->objectName(), text,
+                     place(widget->parentWidget()->layout(), widget), widget->toolTip()}),
+        QStringList({kForm[i].className, kForm[i].parent, kForm[i].text, kForm[i].place, kForm[i].toolTip}));
   }
 
-  void widgetsAreNamedByTheirMembers() {
-    TempHome home;
-    Vorn w;
-    const QList<QPair<QWidget*, const char*>> members = {
-        {w.gcGroup, "gcGroup"},     {w.gcDeleteIndex, "gcDeleteIndex"},
-        {w.gcButton, "gcButton"},   {w.fileGroup, "fileGroup"},
-        {w.appLabel, "appLabel"},   {w.appliCombo, "appliCombo"},
-        {w.storLabel, "storLabel"}, {w.storageCombo, "storageCombo"},
-        {w.anOnlyChk, "anOnlyChk"}, {w.anGroup, "anGroup"},
-        {w.progress, "progress"},   {w.result, "result"},
-        {w.anVerbose, "anVerbose"}, {w.anNoisy, "anNoisy"},
-        {w.anDebug, "anDebug"},     {w.chkBXD, "chkBXD"},
-        {w.anButton, "anButton"}};
-    for (const auto& [widget, name] : members) {
-      QCOMPARE(widget->objectName(), QString::fromLatin1(name));
-      QCOMPARE(w.findChild<QWidget*>(QString::fromLatin1(name)), widget);
-    }
-    QCOMPARE(w.gcButton->text(), QStringLiteral("Exec"));
-    QCOMPARE(w.anButton->text(), QStringLiteral("Exec"));
-    QCOMPARE(w.gcButton->parentWidget(), w.gcGroup);
-    QCOMPARE(w.anButton->parentWidget(), w.anGroup);
-    QCOMPARE(w.gcGroup->title(), QStringLiteral("Garbage Collection"));
-    QCOMPARE(w.anGroup->title(), QStringLiteral("Analyze"));
-    QCOMPARE(w.gcDeleteIndex->text(), QStringLiteral("delete Index File"));
+  void formAloneIsBuiltButNotFilled() {
+    VornBase form;
+    QCOMPARE(form.objectName() + VornBase(nullptr, "mine").objectName(), "VornBasemine");
+    QCOMPARE(form.windowTitle(), "Vorn2");
+    QCOMPARE(form.size(), QSize(526, 274));
+    QCOMPARE(form.appliCombo->count() + form.storageCombo->count(), 0);
+    QCOMPARE(form.progress->maximum(), 300);
+    QStringList shown;
+    for (int c = 0; c < form.result->columnCount(); ++c)
+      shown << (form.result->isColumnHidden(c) ? "-" : form.result->headerItem()->text(c));
+    QCOMPARE(shown.join(' '), "Index ID Context - - - - -");
   }
 
   void stateAfterStart() {
     TempHome home;
     Vorn w;
     w.show();
-    QCOMPARE(w.windowTitle(), QStringLiteral("Vorn2 ver1.0"));
-    QCOMPARE(w.appliCombo->count(), 7);
-    QCOMPARE(w.appliCombo->currentText(), QStringLiteral("Calendar"));
-    QCOMPARE(w.appliCombo->itemText(6), QStringLiteral("Other Boxes"));
-    QCOMPARE(w.storageCombo->currentText(), QStringLiteral("Main"));
-    QVERIFY(!w.storageCombo->isEnabled());
-    for (QCheckBox* box : {w.gcDeleteIndex, w.anOnlyChk, w.anVerbose, w.anNoisy, w.anDebug, w.chkBXD}) {
-      QVERIFY(!box->isChecked());
-    }
-    QVERIFY(w.anVerbose->isEnabled() && w.anNoisy->isEnabled() && w.anDebug->isEnabled());
+    QCOMPARE(w.windowTitle(), "Vorn2 ver1.0");
+    QStringList entries;
+    for (int i = 0; i < w.appliCombo->count(); ++i) entries << w.appliCombo->itemText(i);
+    QCOMPARE(entries.join(','),
+             "Calendar,AddressBook,TodoList,TextEditor,EMail inbox,EMail outbox,Other Boxes,"
+             "Open box file...");
+    QCOMPARE(w.appliCombo->currentIndex() + w.storageCombo->currentIndex(), 0);
+    QVERIFY(!w.storageCombo->isEnabled() && !w.progress->isVisible());
+    for (QCheckBox* box : w.findChildren<QCheckBox*>()) QVERIFY(!box->isChecked() && box->isEnabled());
     QVERIFY(w.gcGroup->isVisible() && w.fileGroup->isVisible() && w.anGroup->isVisible());
-    QVERIFY(!w.progress->isVisible());
+    QWidgetList chain;  // the form's creation order: the collection first
+    for (QWidget* next = w.nextInFocusChain(); next != &w; next = next->nextInFocusChain()) chain << next;
+    QVERIFY(chain.contains(w.gcDeleteIndex) && chain.indexOf(w.gcDeleteIndex) < chain.indexOf(w.appliCombo));
   }
 
-  void focusChainReachesGarbageCollectionFirst() {
+  void switchesHideAndDisable() {
     TempHome home;
     Vorn w;
-    QWidget* next = w.nextInFocusChain();
-    int deleteIndexAt = -1, appliAt = -1;
-    for (int step = 0; step < 40 && next != &w; ++step, next = next->nextInFocusChain()) {
-      if (next == w.gcDeleteIndex && deleteIndexAt < 0) deleteIndexAt = step;
-      if (next == w.appliCombo && appliAt < 0) appliAt = step;
+    w.show();
+    QString states;
+    const auto clickAndNote = [&](QCheckBox* box) {
+      QTest::mouseClick(box, Qt::LeftButton);
+      for (QWidget* widget : QWidgetList{w.gcGroup, w.anGroup, w.anVerbose, w.anNoisy, w.anDebug})
+        states += widget->isVisible() && widget->isEnabled() ? '+' : '-';
+      states += ' ';
+    };
+    for (QCheckBox* box : {w.anOnlyChk, w.chkBXD, w.anOnlyChk, w.chkBXD}) clickAndNote(box);
+    w.chkBXD->setChecked(true);  // by program, not clicked: the options stay
+    QCOMPARE(states + QString(w.anVerbose->isEnabled() ? "+" : "-"), "-++++ -+--- ++--- +++++ +");
+  }
+
+  void desktopSizeShowsFullLists() {
+    // Every sample with every listing and card, opened up, fits the columns;
+    // fifteen rows show; a taller window lengthens the list alone.
+    TempHome home;
+    Vorn w;
+    w.resize(w.sizeHint());
+    w.show();
+    w.appliCombo->setCurrentIndex(1);
+    for (QCheckBox* box : {w.anVerbose, w.anNoisy}) box->setChecked(true);
+    for (const boxtest::Sample& sample : boxtest::samples()) {
+      home.put("KQADRS.BOX", sample.bytes);
+      w.anButton->click();
+      w.result->expandAll();
+      QVERIFY2(w.result->header()->length() <= w.result->viewport()->width(), sample.name.c_str());
     }
-    QVERIFY(deleteIndexAt >= 0 && appliAt >= 0);
-    QVERIFY(deleteIndexAt < appliAt);
+    const int rowHeight = w.result->visualItemRect(w.result->topLevelItem(0)).height();
+    QVERIFY(rowHeight > 0 && w.result->viewport()->height() >= Vorn::kDesktopRows * rowHeight);
+    const int listHeight = w.result->height();
+    w.resize(w.width(), w.height() + 200);
+    QApplication::sendPostedEvents();
+    QCOMPARE(w.result->height(), listHeight + 200);
   }
 
-  void analyseOnlyHidesGarbageCollection() {
+  void japaneseTranslatesWindowAndDialogs() {
     TempHome home;
+    const WindowTranslations japanese(QLocale(QLocale::Japanese, QLocale::Japan));
+    QVERIFY(japanese.installed());
     Vorn w;
     w.show();
-    w.anOnlyChk->setChecked(true);
-    QVERIFY(!w.gcGroup->isVisible());
-    QVERIFY(w.anGroup->isVisible());
-    w.anOnlyChk->setChecked(false);
-    QVERIFY(w.gcGroup->isVisible());
+    QCOMPARE(w.windowTitle() + w.gcGroup->title() + w.appliCombo->itemText(7) + w.anOnlyChk->toolTip(),
+             "Vorn2 ver1.0ガベージコレクションボックスファイルを開く...解析のみ: ガベージコレクションを隠す");
+    QCOMPARE(QCoreApplication::translate("QPlatformTheme", "&Yes"), "はい(&Y)");  // Qt's own
+    MessageBoxAnswerer ok;
+    QTest::mouseClick(w.anButton, Qt::LeftButton);
+    QCOMPARE(ok.texts(),
+             {"ファイルエラー: ボックスファイルが見つかりません。\n" + home.boxDir() + "KQDATE.BOX"});
   }
 
-  void bxdClickDisablesTheAnalysisOptions() {
+  void otherLocalesKeepTheEnglishTexts_data() {
+    QTest::addColumn<QString>("locale");
+    for (const char* name : {"C", "en_US", "de_DE"}) QTest::newRow(name) << name;
+  }
+  void otherLocalesKeepTheEnglishTexts() {
+    QFETCH(QString, locale);
+    const WindowTranslations none{QLocale(locale)};
     TempHome home;
     Vorn w;
-    w.show();
-    QTest::mouseClick(w.chkBXD, Qt::LeftButton);
-    QVERIFY(w.chkBXD->isChecked());
-    QVERIFY(!w.anVerbose->isEnabled() && !w.anNoisy->isEnabled() && !w.anDebug->isEnabled());
-    QTest::mouseClick(w.chkBXD, Qt::LeftButton);
-    QVERIFY(w.anVerbose->isEnabled() && w.anNoisy->isEnabled() && w.anDebug->isEnabled());
-    // Set by program, not clicked: the options stay as they are.
-    w.chkBXD->setChecked(true);
-    QVERIFY(w.anVerbose->isEnabled());
+    QVERIFY(!none.installed());
+    QCOMPARE(w.gcGroup->title() + "|" + w.appliCombo->itemText(7), "Garbage Collection|Open box file...");
+    QCOMPARE(QCoreApplication::translate("QPlatformTheme", "&Yes"), "&Yes");
+  }
+
+  void everyTextOfTheWindowIsTranslated() {
+    // lupdate over the sources finds no text the translation lacks, and
+    // lrelease finds every one translated.
+    QTemporaryDir dir;
+    const QString ts = dir.path() + "/vorn_ja.ts";
+    QVERIFY(QFile::copy(VORN_SOURCE_DIR "/gui/translations/vorn_ja.ts", ts));
+    QProcess tool;
+    tool.setProcessChannelMode(QProcess::MergedChannels);
+    tool.start(VORN_LUPDATE, {VORN_SOURCE_DIR "/gui", VORN_SOURCE_DIR "/actions", "-ts", ts});
+    QVERIFY(tool.waitForFinished(120000));
+    QVERIFY2(tool.readAll().contains(" (0 new and "), "texts without a translation");
+    tool.start(VORN_LRELEASE, {ts, "-qm", dir.path() + "/vorn_ja.qm"});
+    QVERIFY(tool.waitForFinished(120000));
+    const QByteArray released = tool.readAll();
+    QVERIFY2(released.contains(" finished and 0 unfinished)") && !released.contains("Ignored"), released);
   }
 };
 
