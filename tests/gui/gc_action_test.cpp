@@ -3,9 +3,6 @@
 // on PATH the restart request is named on standard error, at once.
 #include <signal.h>
 
-#include <QRegularExpression>
-#include <QScopeGuard>
-
 #include "boxlib.h"
 #include "garbage_collection.h"
 #include "gui_support.h"
@@ -52,7 +49,10 @@ const struct { const char* name; int size, avail; const char *preload, *run; } k
     {"an empty box needs 9", 0, 8, "", "s | |"},
     {"an empty box with 9 goes on", 0, 9, "", "C | |"},
     {"free space unknown goes on", 10000, -1, "", "C | |"},
-    {"fast-loaded application", 10000, 12, "[Preload]\nApps = datebook\n", "l | |"},
+    {"fast-loaded application", 10000, 12, "[Other]\nApps = x\n[Preload]\nApps = todolist,datebook\n", "l | |"},
+    {"fast load: case matters", 10000, 12, "[Preload]\nApps = Datebook\n", "C | |"},
+    {"fast load: the group matters", 10000, 12, "[Other]\nApps = datebook\n", "C | |"},
+    {"fast load: the key matters", 10000, 12, "[Preload]\nOther = datebook\n", "C | |"},
     {"missing box", -1, 12, "", "m | |"},
 };
 const struct { const char* name; int row; bool deleteIndex; int result, signal; const char *keys, *run; } kRuns[] = {

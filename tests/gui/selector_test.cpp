@@ -1,13 +1,12 @@
 // The box file selector: paths, storage names, the "Other Boxes" menu and
 // "Open box file...".
-#include <unistd.h>
-
 #include "gui_support.h"
 
 namespace {
 
 struct Fixture {
   QComboBox appli, storage;
+  bool editable = (appli.setEditable(true), true);  // the selector makes it read-only
   boxFileSelecter selector{nullptr, &appli, &storage};
 };
 
@@ -23,16 +22,7 @@ const struct { const char *name, *home; int row, storage; const char *suffix, *p
     {"outbox ignores the CF card", "", 5, 2, "*.tdx", "~/kqoutbox*.tdx", "Main"},
     {"HOME used unchanged", "/home/z/", 0, 0, ".box", "/home/z//Applications/bxd/KQDATE.BOX", "Main"},
     {"HOME unset", nullptr, 3, 0, ".box", "/Applications/bxd/KQMEMO.BOX", "Main"},
-};
-const char* const kApps = "[Other]\nApps = todolist\n[Preload]\nApps = Addressbook,datebook,textedit\n";
-const struct { const char *name, *config; int row; bool fastLoad; } kFastLoad[] = {
-    {"no configuration", "", 0, false},
-    {"calendar listed", kApps, 0, true},
-    {"memo listed last", kApps, 3, true},
-    {"case matters", kApps, 1, false},
-    {"other group ignored", kApps, 2, false},
-    {"other key ignored", "[Preload]\nOther = datebook\n", 0, false},
-    {"other boxes never", "[Preload]\nApps = ,\n", 6, false},
+    {"no choice: the calendar's", "", -1, 0, ".box", "~/KQDATE.BOX", "Main"},
 };
 // clang-format on
 
@@ -54,7 +44,7 @@ class SelectorTest : public QObject {
     QFETCH(int, i);
     TempHome home;
     Fixture f;
-    QVERIFY(f.appli.count() == 6 && !f.storage.isEnabled());
+    QVERIFY(f.appli.count() == 6 && !f.storage.isEnabled() && !f.appli.isEditable());
     choose(&f.appli, kPaths[i].row);
     QCOMPARE(f.storage.isEnabled(), kPaths[i].row == 4);
     f.storage.setCurrentIndex(kPaths[i].storage);
@@ -116,17 +106,6 @@ class SelectorTest : public QObject {
     const QString filter = "|Box files (*.box *.BOX);;All files (*)";
     QCOMPARE(dialogsOpened, (QStringList{"Open box file|" + home.boxDir() + filter,
                                          "Open box file|" + home.path() + "/backup" + filter}));
-  }
-
-  void fastLoadReadsTheLauncherPreloadList_data() { indexRows(kFastLoad); }
-  void fastLoadReadsTheLauncherPreloadList() {
-    QFETCH(int, i);
-    TempHome home;
-    if (*kFastLoad[i].config) home.writeConfig("Launcher", kFastLoad[i].config);
-    Fixture f;
-    f.selector.activateAll();
-    f.appli.setCurrentIndex(kFastLoad[i].row);
-    QCOMPARE(f.selector.isFastLoad(), kFastLoad[i].fastLoad);
   }
 };
 
