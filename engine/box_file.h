@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "byte_view.h"
 #include "findings.h"
@@ -34,3 +35,10 @@ class BoxFile : public Checker {
  private:
   bool mapped_ = false;
 };
+
+// Reads the whole file at path into bytes, for an analysis in memory
+// (BoxAnalysis(ByteView)) where mapping costs more than reading.  It refuses
+// what BoxFile(path) refuses, in the same words, and a file that turns out
+// shorter than its size "shrank while it was being read".  Returns the
+// problem; empty when bytes hold the whole file.
+std::string readBoxFile(const char* path, std::vector<uint8_t>& bytes);

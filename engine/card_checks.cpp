@@ -1,58 +1,15 @@
 #include "card_checks.h"
 
-#include <array>
 #include <climits>
 #include <cstring>
-#include <ctime>
 
 #include "box_format.h"
 #include "findings.h"
 #include "texts_ja.h"
 
 bool lengthFitsDataId(const ItemInfoEntry& entry, uint32_t length) {
-  return box::lengthFits(entry.dataId, length);
+  return length == 0 || entry.fixedLength == 0 || length == entry.fixedLength;
 }
-
-namespace {
-
-// Days from 1970-01-01 to the given date of the proleptic Gregorian calendar.
-int64_t daysFromCivil(int64_t y, unsigned m, unsigned d) {
-  y -= m <= 2;
-  const int64_t era = (y >= 0 ? y : y - 399) / 400;
-  const unsigned yoe = static_cast<unsigned>(y - era * 400);
-  const unsigned doy = (153 * (m + (m > 2 ? -3 : 9)) + 2) / 5 + d - 1;
-  const unsigned doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
-  return era * 146097 + static_cast<int64_t>(doe) - 719468;
-}
-
-// Judges a TIME value as the 32-bit handheld would: mktime must succeed and
-// its result must fit a signed 32-bit time_t.
-bool timeConverts(int year, int month, int day, int hour, int minute, int second) {
-  // The time as UTC, normalised the way mktime normalises its fields.  Local
-  // time is less than three days away from it, so when it lies further than
-  // that from the 32-bit limits and from -1 (mktime's failure value), mktime
-  // succeeds for sure; only the values near those points need the library,
-  // which re-reads the time zone on every call.
-  constexpr int64_t kMargin = int64_t{3} * 86400;
-  const int64_t utc =
-      daysFromCivil(1900 + year + month / 12, static_cast<unsigned>(month % 12) + 1, 1) * 86400 +
-      (day - 1) * int64_t{86400} + hour * int64_t{3600} + minute * int64_t{60} + second;
-  if (utc > INT32_MIN + kMargin && utc < INT32_MAX - kMargin && (utc < -1 - kMargin || utc > -1 + kMargin)) {
-    return true;
-  }
-  struct tm t;
-  std::memset(&t, 0, sizeof t);
-  t.tm_sec = second;
-  t.tm_min = minute;
-  t.tm_hour = hour;
-  t.tm_mday = day;
-  t.tm_mon = month;
-  t.tm_year = year;
-  const time_t converted = mktime(&t);
-  return converted != static_cast<time_t>(-1) && converted >= INT32_MIN && converted <= INT32_MAX;
-}
-
-}  // namespace
 
 bool checkItemValue(ByteView file, const ItemInfoEntry& entry, CardRecord& record, int item,
                     uint64_t position, uint32_t length) {
@@ -61,18 +18,11 @@ bool checkItemValue(ByteView file, const ItemInfoEntry& entry, CardRecord& recor
   if (entry.dataId == box::kTimeDataId) {
     const uint8_t* d = file.at(pos, box::kTimeValueSize);
     if (!d) return true;
-    int year = (d[3] >> 4) + 16 * d[4];
-    if (year == static_cast<int>(box::kUnsetYear)) return true;
-    if (year > 130) year -= 100;
-    const int second = d[0];
-    const int minute = d[1] & 0x3F;
-    const int hour = (d[1] >> 6) + 4 * (d[2] & 0x07);
-    const int day = d[2] >> 3;
-    const int month = d[3] & 0x0F;
-    if (timeConverts(year, month, day, hour, minute, second)) return true;
+    const TimeFields t = decodeTime(d);
+    if (t.unset || timeConverts(t)) return true;
     reportHere(record, code::card::kIllegalValue, "Illegal format of TIME.",
                " item %2d, data %02x%02x%02x%02x%02x %4d/%2d/%2d %02d:%02d:%02d.", item, d[0], d[1], d[2],
-               d[3], d[4], year, month, day, hour, minute, second);
+               d[3], d[4], t.year, t.month, t.day, t.hour, t.minute, t.second);
     return false;
   }
   if (entry.dataId == box::kWeekDataId) {
@@ -84,54 +34,31 @@ bool checkItemValue(ByteView file, const ItemInfoEntry& entry, CardRecord& recor
   return true;
 }
 
-int walkItemLengths(ByteView file, const ItemInfo& fields, CardRecord& record, uint64_t areaStart) {
-  // At most 255 fields; lengths the file does not hold count 0.  The arrays
-  // are filled only as far as the field count, once per card.
-  std::array<uint32_t, 256> lengths;
-  const int count = fields.count;
-  uint64_t pos = areaStart;
-  uint32_t dataLength = 0;
-  int decoded = 0;
-  for (; decoded < count; ++decoded) {
-    uint32_t width = 0;
-    if (!file.itemLength(pos, &lengths[decoded], &width)) break;
-    pos += width;
-    dataLength += lengths[decoded];  // wraps like the device's 32-bit sum
-  }
-  for (int k = decoded; k < count; ++k) lengths[k] = 0;
-  record.areaLength = static_cast<uint32_t>(pos - areaStart);
-  record.dataLength = dataLength;
-
-  // Value positions: the item data begins right behind the area.
-  std::array<uint64_t, 256> valueAt;
-  uint64_t value = pos;
-  for (int k = 0; k < count; ++k) {
-    valueAt[k] = value;
-    value += lengths[k];
-  }
-
+int walkItemLengths(ByteView file, const ItemInfo& fields, CardRecord& record, const CardValues& values) {
+  record.areaLength = values.areaLength;
+  record.dataLength = values.dataLength;
   int misfits = 0;
-  for (int k = count - 1; k >= 0; --k) {
+  for (int k = values.count() - 1; k >= 0; --k) {
     const ItemInfoEntry& entry = fields.entries[static_cast<size_t>(k)];
-    if (!lengthFitsDataId(entry, lengths[k])) {
+    const uint32_t length = values.length(k);
+    if (!lengthFitsDataId(entry, length)) {
       ++misfits;
       debugMessage(ja::kItemLengthWrong);
     }
     // Only TIME and WEEK values are checked; the rest pass unread.
     if (entry.dataId == box::kTimeDataId || entry.dataId == box::kWeekDataId) {
-      checkItemValue(file, entry, record, k, valueAt[k], lengths[k]);
+      checkItemValue(file, entry, record, k, values.position(k), length);
     }
   }
   return misfits;
 }
 
 bool checkItems(ByteView file, CardRecord& record, const ItemInfo& fields) {
-  const uint64_t offset = record.offset;
-  if (walkItemLengths(file, fields, record, offset + box::kCardAreaOffset) > 0) {
+  const CardValues values(file, record.offset, fields);
+  if (walkItemLengths(file, fields, record, values) > 0) {
     reportHere(record, code::card::kIllegalLength, "Item with illegal lenth is exist.");
   }
-  const uint32_t stated = file.u16(record.offset + box::kCardAreaLengthOffset).value_or(0);
-  if (record.areaLength != stated) {
+  if (record.areaLength != values.statedArea) {
     reportHere(record, code::card::kWrongAreaLength, "Wrong size for Item data length area.");
   }
   if (record.size != record.areaLength + record.dataLength + 4) {

@@ -6,6 +6,7 @@
 
 #include "byte_view.h"
 #include "card_record.h"
+#include "card_values.h"
 #include "item_info.h"
 
 bool lengthFitsDataId(const ItemInfoEntry& entry, uint32_t length);
@@ -15,9 +16,9 @@ bool lengthFitsDataId(const ItemInfoEntry& entry, uint32_t length);
 bool checkItemValue(ByteView file, const ItemInfoEntry& entry, CardRecord& record, int item,
                     uint64_t position, uint32_t length);
 
-// Decodes the item length area at areaStart and checks every item, last to
-// first.  Sets the record's area and data length; returns the misfit count.
-int walkItemLengths(ByteView file, const ItemInfo& fields, CardRecord& record, uint64_t areaStart);
+// Checks every item of the decoded card, last to first.  Sets the record's
+// area and data length; returns the misfit count.
+int walkItemLengths(ByteView file, const ItemInfo& fields, CardRecord& record, const CardValues& values);
 
 bool checkItems(ByteView file, CardRecord& record, const ItemInfo& fields);  // normal cards
 bool checkOffsetCardSize(CardRecord& record);                                // ID 0xFFF0

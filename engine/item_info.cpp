@@ -66,6 +66,8 @@ ItemInfo::ItemInfo(ByteView file, uint32_t offset, uint32_t declaredSize) {
     }
   }
 
+  for (ItemInfoEntry& e : entries) e.fixedLength = box::fixedValueLength(e.dataId);
+
   parsedSize = static_cast<uint32_t>(p - start);
   report(*this, kItemInfoSection, kSummaryOffset, static_cast<uint32_t>(kItemInfoSection), parsedSize, 0,
          nullptr);

@@ -17,6 +17,7 @@ struct ItemInfoEntry {
   uint32_t attribute = 0;
   char tag[box::kItemTagSize + 1] = {};
   char name[box::kItemNameCapacity + 1] = {};
+  uint32_t fixedLength = 0;  // the value length the data ID fixes; 0 for any length
 };
 
 class ItemInfo : public Checker {

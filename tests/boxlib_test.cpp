@@ -2,42 +2,76 @@
 // leaves the analysis' process-wide settings as it found them.
 #include <gtest/gtest.h>
 
+#include <functional>
+
+#include "box_builder.h"
 #include "boxlib.h"
 #include "findings.h"
-#include "output.h"
 #include "reporter.h"
 
 using namespace boxtest;
 
 namespace {
 
+BuiltBox smallBox() {
+  return BoxBuilder()
+      .field(1, "NAME", "Name")
+      .card(1, {text("Ann")})
+      .card(2, {text("Bob")})
+      .indexCard({{"NAME", "n.idx"}})
+      .terminator()
+      .build();
+}
+
 int check(const Bytes& bytes, int level = 255) {
   TempBox box(bytes);
   return _BXDFileCheckLevel(box.path().c_str(), level);
 }
 
-TEST(BoxLibraryCheck, CodeSaysWhichPartsFailed) {
-  const BuiltBox sound = smallSoundBox();
-  EXPECT_EQ(check(sound.bytes), 0);
+struct CheckCase {
+  const char* name;
+  std::function<void(BuiltBox&)> damage;
+  int level;
+  int expected;
+};
 
-  Bytes totals = sound.bytes;
-  setHeader(totals, HeaderField::kDataSize, 9);  // wrong total data size
-  EXPECT_EQ(check(totals), BXD_CHECK_HEADER);
+void PrintTo(const CheckCase& c, std::ostream* os) { *os << c.name; }
 
-  Bytes items = sound.bytes;
-  setItemDataId(items, 0, 0);  // unknown data ID
-  EXPECT_EQ(check(items), BXD_CHECK_ITEM_INFO);
+class CheckCodes : public testing::TestWithParam<CheckCase> {};
 
-  Bytes entries = sound.bytes;
-  setDefaultEntry(entries, 2, 0);  // card 2 without its offset entry
-  EXPECT_EQ(check(entries), BXD_CHECK_OFFSET_TABLE);
-  EXPECT_EQ(check(entries, BXD_CHECK_HEADER), 0);  // the level selects what is judged
+TEST_P(CheckCodes, SayWhichSelectedPartsFailed) {
+  BuiltBox box = smallBox();
+  GetParam().damage(box);
+  EXPECT_EQ(check(box.bytes, GetParam().level), GetParam().expected);
+}
 
-  Bytes card = sound.bytes;
-  setStatedAreaLength(card, sound.offsets[1], 7);  // wrong item length area: salvaged as garbage
-  EXPECT_EQ(check(card) & BXD_CHECK_CARD_CHAIN, BXD_CHECK_CARD_CHAIN);
+INSTANTIATE_TEST_SUITE_P(
+    Rows, CheckCodes,
+    testing::Values(CheckCase{"sound", [](BuiltBox&) {}, 255, 0},
+                    CheckCase{"wrong_total",
+                              [](BuiltBox& b) { setHeader(b.bytes, HeaderField::kDataSize, 9); }, 255,
+                              BXD_CHECK_HEADER},
+                    CheckCase{"unknown_data_id", [](BuiltBox& b) { setItemDataId(b.bytes, 0, 0); }, 255,
+                              BXD_CHECK_ITEM_INFO},
+                    // A broken card: it fails the chain, and the census and the table no
+                    // longer count it as the card the header and its entry promise.
+                    CheckCase{"broken_card",
+                              [](BuiltBox& b) { setStatedAreaLength(b.bytes, b.offsets[1], 7); }, 255,
+                              BXD_CHECK_HEADER | BXD_CHECK_CARD_CHAIN | BXD_CHECK_OFFSET_TABLE},
+                    CheckCase{"missing_entry", [](BuiltBox& b) { setDefaultEntry(b.bytes, 2, 0); }, 255,
+                              BXD_CHECK_OFFSET_TABLE},
+                    CheckCase{"level_selects_the_parts", [](BuiltBox& b) { setDefaultEntry(b.bytes, 2, 0); },
+                              BXD_CHECK_HEADER, 0},
+                    CheckCase{"laid_on_the_header",
+                              [](BuiltBox& b) {
+                                setHeader(b.bytes, HeaderField::kDefaultTable, 0x10);
+                                setDefaultEntry(b.bytes, 1, 0);
+                              },
+                              255, BXD_CHECK_HEADER | BXD_CHECK_OFFSET_TABLE},
+                    CheckCase{"empty_file", [](BuiltBox& b) { b.bytes.clear(); }, 255, BXD_CHECK_UNREADABLE}),
+    [](const testing::TestParamInfo<CheckCase>& info) { return info.param.name; });
 
-  EXPECT_EQ(check({}), BXD_CHECK_UNREADABLE);
+TEST(BoxLibraryCheck, MissingFileIsUnreadable) {
   EXPECT_EQ(_BXDFileCheckLevel("/nonexistent/KQDATE.BOX", 255), BXD_CHECK_UNREADABLE);
 }
 
@@ -54,7 +88,7 @@ TEST(BoxLibraryCheck, LeavesTheAnalysisStateAsItFoundIt) {
   debug = true;
   noisy = true;
   lastIndex = 42;
-  Bytes broken = smallSoundBox().bytes;
+  Bytes broken = smallBox().bytes;
   setHeader(broken, HeaderField::kDataSize, 9);
   EXPECT_NE(check(broken), 0);
   EXPECT_EQ(currentReporter, &sink);

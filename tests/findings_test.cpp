@@ -1,5 +1,5 @@
 // The delivery gates, the position registers, levels and verdict, the
-// progress throttle and the console line formats.
+// progress throttle, debug lines and the scope that installs a sink.
 #include <gtest/gtest.h>
 
 #include <cstdarg>
@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "findings.h"
+#include "report_scope.h"
 #include "reporter.h"
 
 namespace {
@@ -14,7 +15,7 @@ namespace {
 struct Entry {
   int32_t index;
   uint32_t offset, id, size, code;
-  std::string text, detail;
+  std::string detail;
 };
 
 // Records what reaches it.
@@ -25,11 +26,11 @@ class RecordingReporter : public Reporter {
     vsnprintf(buf, sizeof buf, format, args);
     messages.emplace_back(buf);
   }
-  void entry(int32_t index, uint32_t offset, uint32_t id, uint32_t size, uint32_t code, const char* text,
+  void entry(int32_t index, uint32_t offset, uint32_t id, uint32_t size, uint32_t code, const char*,
              const char* format, va_list args) override {
     char buf[512] = "";
     if (format) vsnprintf(buf, sizeof buf, format, args);
-    entries.push_back({index, offset, id, size, code, text ? text : "", buf});
+    entries.push_back({index, offset, id, size, code, buf});
   }
   int progress(int stage, int percent) override {
     progressCalls.emplace_back(stage, percent);
@@ -43,7 +44,7 @@ class RecordingReporter : public Reporter {
 time_t fakeNow = 1000;
 time_t fakeClock() { return fakeNow; }
 
-class FindingsTest : public ::testing::Test {
+class FindingsTest : public testing::Test {
  protected:
   void SetUp() override {
     resetReportState();
@@ -58,70 +59,70 @@ class FindingsTest : public ::testing::Test {
   Checker checker;
 };
 
-TEST_F(FindingsTest, CardPositionIsRememberedButNotDeliveredWithoutNoisy) {
+struct Gate {
+  const char* name;
+  int32_t index;
+  uint32_t code;
+  bool noisy, verbose, delivered;
+};
+
+void PrintTo(const Gate& g, std::ostream* os) { *os << g.name; }
+
+class DeliveryGates : public FindingsTest, public testing::WithParamInterface<Gate> {};
+
+TEST_P(DeliveryGates, DecideFromIndexCodeAndSwitches) {
+  const Gate& g = GetParam();
+  noisy = g.noisy;
+  verbose = g.verbose;
+  report(checker, g.index, 0x900, 0x12, 0x40, g.code, "text");
+  EXPECT_EQ(sink.entries.size(), g.delivered ? 1u : 0u);
+  // Only a delivered code reaches the level; the position is kept either way.
+  EXPECT_EQ(checker.level, g.delivered ? g.code : 0u);
+  EXPECT_EQ(lastIndex, g.index);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, DeliveryGates,
+    testing::Values(Gate{"section_position", -1, 0, false, false, true},
+                    Gate{"card_position", 3, 0, false, false, false},
+                    Gate{"card_position_noisy", 3, 0, true, false, true},
+                    Gate{"listing", -2, 0x08000003, true, false, false},
+                    Gate{"listing_verbose", -2, 0x08000003, false, true, true},
+                    Gate{"listing_at_a_card_verbose", 3, 0x08000003, false, true, false},
+                    Gate{"listing_at_a_card_noisy_verbose", 3, 0x08000003, true, true, true},
+                    Gate{"no_severity_at_a_card", 5, 0x00000001, false, true, false},
+                    Gate{"no_severity_at_a_card_noisy", 5, 0x00000001, true, false, true},
+                    Gate{"no_severity_in_a_section", -4, 0x00000001, false, false, true},
+                    Gate{"bit_24_counts_as_a_severity", 7, 0x01000000, false, false, true},
+                    Gate{"notice", 4, code::kNotice, false, false, true},
+                    Gate{"error_at_a_card", 4, 0x40000200, false, false, true}),
+    [](const testing::TestParamInfo<Gate>& info) { return info.param.name; });
+
+TEST_F(FindingsTest, FindingsTakeThePositionOfTheReportBefore) {
   report(checker, 3, 0x900, 0x12, 0x40, 0, nullptr);
-  EXPECT_TRUE(sink.entries.empty());
-  EXPECT_EQ(lastIndex, 3);
-  EXPECT_EQ(lastOffset, 0x900u);
-  EXPECT_EQ(lastId, 0x12u);
-  EXPECT_EQ(lastSize, 0x40u);
-
   reportHere(checker, 0x40000200, "Total data size is wrong", " (%d => %d).", 258, 300);
-  ASSERT_EQ(sink.entries.size(), 1u);
-  const Entry& e = sink.entries[0];
-  EXPECT_EQ(e.index, 3);
-  EXPECT_EQ(e.offset, 0x900u);
-  EXPECT_EQ(e.id, 0x12u);
-  EXPECT_EQ(e.size, 0x40u);
-  EXPECT_EQ(e.detail, " (258 => 300).");
-  EXPECT_EQ(checker.level, 0x40000200u);
+  reportAt(checker, -4, 0x20000002, "No data chunk terminater.");
+  ASSERT_EQ(sink.entries.size(), 2u);
+  const Entry& here = sink.entries[0];
+  EXPECT_EQ(here.index, 3);
+  EXPECT_EQ(here.offset, 0x900u);
+  EXPECT_EQ(here.id, 0x12u);
+  EXPECT_EQ(here.size, 0x40u);
+  EXPECT_EQ(here.detail, " (258 => 300).");
+  const Entry& at = sink.entries[1];
+  EXPECT_EQ(at.index, -4);
+  EXPECT_EQ(at.offset, 0x900u);
+  EXPECT_EQ(at.size, 0x40u);
+  EXPECT_EQ(checker.level, 0x60000202u);
 }
 
-TEST_F(FindingsTest, GatesFollowIndexCodeAndSwitches) {
-  report(checker, -1, 0, static_cast<uint32_t>(-1), 72, 0, nullptr);  // section start: always
-  EXPECT_EQ(sink.entries.size(), 1u);
-
-  reportAt(checker, -2, 0x08000003, "Item Infos.");  // listing needs verbose
-  noisy = true;
-  reportAt(checker, -2, 0x08000003, "Item Infos.");  // noisy does not admit it
-  EXPECT_EQ(sink.entries.size(), 1u);
-  noisy = false;
-  verbose = true;
-  reportAt(checker, -2, 0x08000003, "Item Infos.");
-  EXPECT_EQ(sink.entries.size(), 2u);
-
-  reportAt(checker, 5, 0x00000001, "x");  // no severity bit at a card: noisy only
-  EXPECT_EQ(sink.entries.size(), 2u);
-  reportAt(checker, -4, 0x00000001, "x");  // ... but always in a section
-  EXPECT_EQ(sink.entries.size(), 3u);
-  noisy = true;
-  reportAt(checker, 5, 0x00000001, "x");
-  EXPECT_EQ(sink.entries.size(), 4u);
-  EXPECT_EQ(sink.entries.back().index, 5);
-
-  reportAt(checker, 7, 0x01000000, "bit 24 counts as a severity");
-  noisy = false;
-  reportAt(checker, 7, 0x01000000, "bit 24 counts as a severity");
-  EXPECT_EQ(sink.entries.size(), 6u);
-}
-
-TEST_F(FindingsTest, OnlyDeliveredCodesRaiseLevelsAndDecideTheVerdict) {
-  Checker other;
-  reportAt(checker, 4, 0x00000002, "undelivered");
-  EXPECT_EQ(checker.level, 0u);
-
-  reportAt(checker, -1, 0x20000001, "w");
-  reportAt(checker, -1, 0x10000000, "notice");
-  reportAt(other, -2, 0x08000007, "listing");  // verbose is off: not delivered
-  EXPECT_EQ(other.level, 0u);
-  EXPECT_FALSE(levelFails(checker.level | other.level));
+TEST_F(FindingsTest, VerdictAndNothingDeliveredWithoutASink) {
   EXPECT_FALSE(levelFails(0x20000001 | 0x08000007 | 0x10000000));
   EXPECT_TRUE(levelFails(0x40000000));
   EXPECT_TRUE(levelFails(0x80000000));
-
   currentReporter = nullptr;
-  reportAt(other, -1, 0x80000002, "no sink: nothing delivered");
-  EXPECT_EQ(other.level, 0u);
+  reportAt(checker, -1, 0x80000002, "no sink: nothing delivered");
+  EXPECT_EQ(checker.level, 0u);
   EXPECT_EQ(lastIndex, -1);
 }
 
@@ -136,8 +137,6 @@ TEST_F(FindingsTest, ProgressPercentAndOnePerSecond) {
   reportProgress(1, 0xFFFFFFFFull, 0xFFFFFFFFull);  // no overflow, no division by zero
   const std::vector<std::pair<int, int>> expected = {{0, 0}, {1, 87}, {2, 100}, {1, 99}};
   EXPECT_EQ(sink.progressCalls, expected);
-  EXPECT_EQ(lastProgressTime, fakeNow);
-
   // The time is never reset: a new run within the same second loses its first call.
   reportProgress(0, 1, 2);
   EXPECT_EQ(sink.progressCalls.size(), 4u);
@@ -150,6 +149,26 @@ TEST_F(FindingsTest, DebugLinesNeedDebugAndASink) {
   currentReporter = nullptr;
   debugMessage("c %d", 3);
   EXPECT_EQ(sink.messages, std::vector<std::string>{"b 2"});
+}
+
+TEST_F(FindingsTest, ScopeInstallsAndRestoresAllButTheProgressClock) {
+  lastIndex = 42;
+  verbose = true;
+  RecordingReporter inner;
+  {
+    ReportScope scope(&inner, {.debug = true, .noisy = true});
+    EXPECT_EQ(currentReporter, &inner);
+    EXPECT_TRUE(debug && noisy && !verbose);
+    report(checker, 5, 1, 2, 3, 0x40000001, "x");
+    fakeNow++;
+    reportProgress(0, 1, 2);
+  }
+  EXPECT_EQ(inner.entries.size(), 1u);
+  EXPECT_EQ(currentReporter, &sink);
+  EXPECT_TRUE(!debug && !noisy && verbose);
+  EXPECT_EQ(lastIndex, 42);
+  EXPECT_EQ(lastOffset, 0u);
+  EXPECT_EQ(lastProgressTime, fakeNow);
 }
 
 }  // namespace

@@ -13,6 +13,12 @@
 
 using namespace boxtest;
 
+namespace {}  // namespace
+
+namespace boxtest {
+void PrintTo(const GoldenCase& c, std::ostream* os) { *os << c.name; }
+}  // namespace boxtest
+
 namespace {
 
 class GoldenOutput : public testing::TestWithParam<GoldenCase> {

@@ -9,6 +9,7 @@
 #include "box_analysis.h"
 #include "box_builder.h"
 #include "findings.h"
+#include "report_scope.h"
 #include "reporter.h"
 
 using namespace boxtest;
@@ -66,13 +67,12 @@ uint16_t plainLeastNull(const cardChain& c) {
 // Checks every look-up against the plain search; true when the list has a
 // record that does not stand behind the one before it.
 bool expectIndexesAgree(const Bytes& bytes) {
-  TempBox box(bytes);
-  BoxAnalysis analysis(box.path().c_str());
+  BoxAnalysis analysis(ByteView(bytes.data(), static_cast<uint32_t>(bytes.size())));
   CountingSink sink;
-  resetReportState();
-  currentReporter = &sink;
-  analysis.run();
-  resetReportState();
+  {
+    ReportScope scope(&sink, {});
+    analysis.run();
+  }
   const cardChain& c = *analysis.chain;
 
   bool backwards = false;
@@ -91,6 +91,7 @@ bool expectIndexesAgree(const Bytes& bytes) {
               lookUp(byOffset, c.cards[i].offset) == static_cast<int32_t>(i));
   }
   EXPECT_EQ(sink.duplicateAt, plainDuplicates(c));
+  EXPECT_EQ(c.duplicates, plainDuplicates(c).size());
   EXPECT_EQ(c.leastNullId, plainLeastNull(c));
   return backwards;
 }
@@ -121,6 +122,16 @@ TEST(IndexedLookups, AgreeWhenASalvageReadsARecordAgainAtTheSameOffset) {
                      .build();
   setStatedAreaLength(box.bytes, box.offsets[1], 0);
   EXPECT_TRUE(expectIndexesAgree(box.bytes));
+}
+
+TEST(Census, EveryNormalIdHeldLeavesTheFirstSystemIdAsLeastNull) {
+  const Bytes bytes = bigAddressBook(0xFEFF, false).bytes;
+  BoxAnalysis analysis(ByteView(bytes.data(), static_cast<uint32_t>(bytes.size())));
+  CountingSink sink;
+  ReportScope scope(&sink, {});
+  analysis.run();
+  EXPECT_EQ(analysis.chain->leastNullId, 0xFF00);
+  EXPECT_EQ(analysis.chain->maxId, 0xFEFF);
 }
 
 }  // namespace

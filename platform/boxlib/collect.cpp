@@ -144,7 +144,10 @@ bool writeAll(int fd, const std::vector<uint8_t>& bytes) {
 // Writes bytes beside the box, flushes them and renames them over it.
 int replaceBox(const std::string& box, const std::vector<uint8_t>& bytes, const struct stat& st) {
   const std::string dir = directoryOf(box);
-  const std::string prefix = "." + baseOf(box) + ".vorn-gc.";
+  // Built by appending: GCC 12 at -O3 warns falsely on "." + string.
+  std::string prefix = ".";
+  prefix += baseOf(box);
+  prefix += ".vorn-gc.";
   removeStaleTemporaries(dir, prefix);
 
   std::string temp = dir + "/" + prefix + "XXXXXX";

@@ -1,4 +1,4 @@
-// Runs the vorn binary as a user would and captures what it prints.
+// Runs the project's programs as a user would and captures what they print.
 #pragma once
 
 #include <string>
@@ -12,11 +12,13 @@ struct RunResult {
   int status = -1;  // exit status; 128 + signal number when killed
 };
 
-// Runs vorn with args under TZ=UTC; gives up (and kills it) after timeoutSeconds.
-RunResult runVorn(const std::vector<std::string>& args, int timeoutSeconds = 20);
+// Runs program with args under TZ=UTC and without a display, in dir when
+// one is given.  With unprivileged, a caller that is root runs it as the user
+// nobody, so that file permissions apply.  Hangs are CTest's TIMEOUT to catch.
+RunResult runProgram(const std::string& program, const std::vector<std::string>& args,
+                     bool unprivileged = false, const std::string& dir = "");
 
-// The same, run as the unprivileged user nobody when the caller is root, so
-// that file permissions apply.
+RunResult runVorn(const std::vector<std::string>& args);
 RunResult runVornUnprivileged(const std::vector<std::string>& args);
 
 std::vector<std::string> splitLines(const std::string& text);

@@ -55,10 +55,15 @@ inline std::vector<Bytes> addressValues(unsigned id) {
 }
 
 // A large address book: see make_bigbox.
-inline BuiltBox bigAddressBook(unsigned cards, bool damage) {
+// With memoBytes, every card's e-mail value (any length) carries that many
+// bytes of memo text behind the address, as a mail box's cards would.
+inline BuiltBox bigAddressBook(unsigned cards, bool damage, unsigned memoBytes = 0) {
   BoxBuilder b = addressFields();
+  const Bytes memo = text(std::string(memoBytes, '.'));
   for (unsigned id = 1; id <= cards; ++id) {
-    b.card(static_cast<uint16_t>(id), addressValues(id));
+    std::vector<Bytes> values = addressValues(id);
+    values[3].insert(values[3].end(), memo.begin(), memo.end());
+    b.card(static_cast<uint16_t>(id), values);
     if (id % 97 == 0) b.garbage(24 + id % 40);
     // One offset card for every 128 IDs past the default table's 500.
     if (id > 500 && (id - 500) % 128 == 0) b.offsetCard();

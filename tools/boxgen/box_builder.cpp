@@ -5,10 +5,10 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <map>
 #include <stdexcept>
 
 #include "box_format.h"
+#include "box_writer.h"
 #include "coding.h"
 
 namespace boxtest {
@@ -76,6 +76,7 @@ Bytes normalBody(const std::vector<Bytes>& values) {
   }
   // The unexamined word, the stated area length, the area, the values.
   Bytes body;
+  body.reserve(4 + area.size() + data.size());
   appendFixed16(body, 0);
   appendFixed16(body, static_cast<uint16_t>(area.size()));
   body.insert(body.end(), area.begin(), area.end());
@@ -216,7 +217,7 @@ BoxBuilder& BoxBuilder::raw(Bytes bytes) {
 BoxBuilder& BoxBuilder::garbage(uint32_t bodySize) { return rawCard(box::kGarbageId, Bytes(bodySize, 0xA5)); }
 
 BoxBuilder& BoxBuilder::offsetCard() {
-  chain_.push_back({Kind::kOffsetCard, box::kOffsetCardId, Bytes(box::kUsualOffsetCardSize, 0)});
+  chain_.push_back({Kind::kOffsetCard, box::kOffsetCardId, {}});
   return *this;
 }
 
@@ -241,67 +242,23 @@ BoxBuilder& BoxBuilder::terminator() {
 
 BuiltBox BoxBuilder::build() const {
   BuiltBox box;
-  Bytes& out = box.bytes;
-  out.assign(box::kItemInfoOffset, 0);
-  out.insert(out.end(), itemInfo_.begin(), itemInfo_.end());
-  box.itemInfoSize = static_cast<uint32_t>(itemInfo_.size());
-  box.firstCard = static_cast<uint32_t>(out.size());
-
-  // Lay out the chain.
-  std::vector<uint32_t> offsetCards;
+  BoxWriter writer(itemInfo_);
   for (const Element& e : chain_) {
-    box.offsets.push_back(static_cast<uint32_t>(out.size()));
-    if (e.kind != Kind::kRaw) {
-      if (e.kind == Kind::kOffsetCard) offsetCards.push_back(static_cast<uint32_t>(out.size()));
-      appendFixed16(out, e.id);
-      appendFixed32(out, static_cast<uint32_t>(e.body.size()));
+    switch (e.kind) {
+      case Kind::kCard:
+        box.offsets.push_back(writer.card(e.id, e.body));
+        break;
+      case Kind::kOffsetCard:
+        box.offsets.push_back(writer.offsetCard());
+        break;
+      case Kind::kRaw:
+        box.offsets.push_back(writer.raw(e.body));
+        break;
     }
-    out.insert(out.end(), e.body.begin(), e.body.end());
   }
-
-  // Header: signature, positions and the totals a sound census gives.
-  for (size_t k = 0; k < sizeof box::kSignature; ++k) out[k] = box::kSignature[k];
-  setHeader(out, HeaderField::kFirstCard, box.firstCard);
-  setHeader(out, HeaderField::kItemInfoOffset, box::kItemInfoOffset);
-  setHeader(out, HeaderField::kItemInfoSize, box.itemInfoSize);
-  setHeader(out, HeaderField::kDefaultTable, box::kDefaultTableOffset);
-  uint32_t garbage = 0;
-  uint16_t normal = 0;
-  uint16_t maxId = 0;
-  std::map<uint16_t, uint32_t> firstOffset;
-  for (size_t k = 0; k < chain_.size(); ++k) {
-    const Element& e = chain_[k];
-    if (e.kind == Kind::kRaw) continue;
-    if (e.id == box::kGarbageId) garbage += box::kCardHeadSize + static_cast<uint32_t>(e.body.size());
-    if (box::isNormalId(e.id)) {
-      ++normal;
-      maxId = std::max(maxId, e.id);
-    }
-    firstOffset.emplace(e.id, box.offsets[k]);
-  }
-  uint16_t leastNull = box::kFirstNormalId;
-  while (leastNull <= box::kLastNormalId && firstOffset.count(leastNull)) ++leastNull;
-  setHeader(out, HeaderField::kGarbageSize, garbage);
-  setHeader(out, HeaderField::kDataSize, normal);
-  setHeader(out, HeaderField::kLeastNullId, leastNull);
-  setHeader(out, HeaderField::kMaxId, maxId);
-
-  // Offset table: the default run, then one run per offset card, each card
-  // linking to the next in chain order.
-  auto entryFor = [&](uint32_t id) -> uint32_t {
-    const auto found = box::isNormalId(id) ? firstOffset.find(static_cast<uint16_t>(id)) : firstOffset.end();
-    return found == firstOffset.end() ? 0 : found->second;
-  };
-  for (uint32_t id = 1; id <= box::kDefaultEntryCount; ++id) setDefaultEntry(out, id, entryFor(id));
-  setDefaultLink(out, offsetCards.empty() ? 0 : offsetCards[0]);
-  for (size_t c = 0; c < offsetCards.size(); ++c) {
-    const uint32_t firstId =
-        box::kFirstOffsetCardId + static_cast<uint32_t>(c) * box::kUsualOffsetCardEntries;
-    for (uint32_t j = 0; j < box::kUsualOffsetCardEntries; ++j) {
-      setOffsetCardEntry(out, offsetCards[c], j, entryFor(firstId + j));
-    }
-    setOffsetCardLink(out, offsetCards[c], c + 1 < offsetCards.size() ? offsetCards[c + 1] : 0);
-  }
+  box.firstCard = writer.firstCard();
+  box.itemInfoSize = static_cast<uint32_t>(itemInfo_.size());
+  box.bytes = writer.finish();
   return box;
 }
 

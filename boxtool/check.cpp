@@ -1,0 +1,161 @@
+// boxtool check: the problem findings of box files, one line each, and a
+// verdict per file, for people (text) and scripts (NDJSON, exit status).
+#include <sched.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <vector>
+
+#include "analysed_file.h"
+#include "command.h"
+#include "printable.h"
+#include "worker_pool.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+struct CheckOptions {
+  bool json = false;
+  bool quiet = false;  // summaries only
+};
+
+// The version of the JSON lines' layout; it changes only when a field
+// changes meaning or goes away.
+constexpr int kSchema = 1;
+
+std::string jsonLine(const Json& j) {
+  // Every string is printable() already; replace is only a safety net.
+  return j.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+// "card 49 at 0x0019d2, ID 0x0000" or "box header".
+std::string place(const Finding& f) {
+  if (!f.isCard()) return sectionName(f.index);
+  return format("card %d at 0x%06x, ID 0x%04x", f.index, f.offset, f.id);
+}
+
+std::string findingLine(const std::string& path, const Finding& f) {
+  return format("%s: %s: %s %08x ", path.c_str(), place(f).c_str(), severityName(f.code), f.code) +
+         printable(f.text + f.detail) + "\n";
+}
+
+Json findingObject(const std::string& path, const Finding& f) {
+  Json j;
+  j["type"] = "finding";
+  j["file"] = path;
+  if (f.isCard()) {
+    j["card"] = f.index;
+    j["section"] = nullptr;
+    j["offset"] = f.offset;
+    j["id"] = f.id;
+    j["size"] = f.size;
+  } else {
+    j["card"] = nullptr;
+    j["section"] = sectionName(f.index);
+    j["offset"] = nullptr;
+    j["id"] = nullptr;
+    j["size"] = nullptr;
+  }
+  j["code"] = format("%08x", f.code);
+  j["severity"] = severityName(f.code);
+  j["text"] = printable(f.text);
+  j["detail"] = printable(f.detail);
+  return j;
+}
+
+Json summaryObject(const std::string& path, const ProblemCounts& counts, int status,
+                   const std::string& reason) {
+  Json j;
+  j["type"] = "summary";
+  j["schema"] = kSchema;
+  j["file"] = path;
+  j["analysed"] = reason.empty();
+  j["critical"] = counts.critical;
+  j["errors"] = counts.errors;
+  j["warnings"] = counts.warnings;
+  j["status"] = status;
+  j["reason"] = reason.empty() ? Json(nullptr) : Json(printable(reason));
+  return j;
+}
+
+// A file that could not be analysed: its reason on standard error, and in
+// JSON a summary that says so.
+TaskOutput notAnalysed(const std::string& path, const std::string& reason, const CheckOptions& options) {
+  TaskOutput output;
+  output.status = exit_status::kNotAnalysed;
+  output.err = "boxtool: " + printable(path) + ": " + printable(reason) + "\n";
+  if (options.json) output.out = jsonLine(summaryObject(printable(path), {}, output.status, reason));
+  return output;
+}
+
+// Everything check prints for one file, and its status bits.
+TaskOutput checkFile(const std::string& path, const CheckOptions& options) {
+  const AnalysedFile file(path);
+  if (!file.analysed()) return notAnalysed(path, file.reason, options);
+  TaskOutput output;
+  output.status = file.status();
+  const std::string shown = printable(path);
+  if (!options.quiet) {
+    for (const Finding& f : file.findings)
+      output.out += options.json ? jsonLine(findingObject(shown, f)) : findingLine(shown, f);
+  }
+  if (options.json) {
+    output.out += jsonLine(summaryObject(shown, file.counts, output.status, ""));
+  } else if (file.findings.empty()) {
+    output.out += shown + ": no problems found\n";
+  } else {
+    output.out += format("%s: %u critical, %u errors, %u warnings\n", shown.c_str(), file.counts.critical,
+                         file.counts.errors, file.counts.warnings);
+  }
+  return output;
+}
+
+unsigned processorCount() {
+  cpu_set_t set;
+  if (sched_getaffinity(0, sizeof set, &set) == 0) return static_cast<unsigned>(CPU_COUNT(&set));
+  const long online = sysconf(_SC_NPROCESSORS_ONLN);
+  return online > 0 ? static_cast<unsigned>(online) : 1;
+}
+
+struct CheckArguments {
+  CheckOptions options;
+  unsigned jobs = processorCount();
+  std::vector<std::string> paths;
+};
+
+int runCheck(const CheckArguments& args) {
+  int status = exit_status::kClean;
+  const TaskRunner runner{[&](size_t i) { return checkFile(args.paths[i], args.options); },
+                          [&](size_t i, const std::string& why) {
+                            return notAnalysed(args.paths[i], "analysis " + why, args.options);
+                          },
+                          [&](const TaskOutput& output) {
+                            std::fwrite(output.out.data(), 1, output.out.size(), stdout);
+                            if (!output.err.empty()) {
+                              std::fflush(stdout);  // keep the two streams in file order on a terminal
+                              std::fwrite(output.err.data(), 1, output.err.size(), stderr);
+                            }
+                            status |= output.status;
+                          }};
+  runTasksInOrder(args.paths.size(), args.jobs, runner);
+  std::fflush(stdout);
+  return status;
+}
+
+}  // namespace
+
+Command addCheckCommand(CLI::App& boxtool) {
+  auto args = std::make_shared<CheckArguments>();
+  CLI::App* app = boxtool.add_subcommand(
+      "check", "Check box files: one line per problem (Warning, Error, Critical), a summary per file");
+  app->add_flag("--json", args->options.json, "One JSON object per line (NDJSON) instead of text");
+  app->add_flag("-q,--quiet", args->options.quiet, "Print only the summary of each file");
+  app->add_option("-j,--jobs", args->jobs, "Check N files at a time (default: the number of processors)")
+      ->type_name("N")
+      ->check(CLI::Range(1u, kMaxJobs));
+  app->add_option("BOX", args->paths, "Box files to check")->required()->type_name("");
+  return {app, [args] { return runCheck(*args); }};
+}

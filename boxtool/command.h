@@ -1,0 +1,16 @@
+// The subcommands of boxtool.  Each lives in a file of its own and adds
+// itself with one function: it declares its options on its own CLI11
+// subcommand of the program and returns what runs it once the command line
+// has been parsed.  main() lists the functions.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+
+struct Command {
+  CLI::App* app;             // the subcommand, to tell whether it was chosen
+  std::function<int()> run;  // runs it; returns the exit status
+};
+
+Command addCheckCommand(CLI::App& boxtool);
+Command addInfoCommand(CLI::App& boxtool);

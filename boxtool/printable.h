@@ -1,0 +1,20 @@
+// Text from a box file or a command line made safe to print and to put into
+// JSON: the result is always valid UTF-8 without control characters, and
+// the original bytes can be read back from it.
+//
+//   printable("Ann")          -> Ann
+//   printable("\xa4\xa2 a\\b") -> \xa4\xa2 a\\b   (EUC-JP bytes, a backslash)
+#pragma once
+
+#include <cstdarg>
+#include <string>
+#include <string_view>
+
+// Valid UTF-8 stays as it is, except that a backslash is doubled; every byte
+// that is not part of a valid UTF-8 sequence, and every control character
+// (0x00 to 0x1F, 0x7F), becomes \xNN with two lowercase hex digits.
+std::string printable(std::string_view bytes);
+
+// printf into a std::string.
+std::string format(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
+std::string vformat(const char* fmt, va_list args) __attribute__((format(printf, 1, 0)));

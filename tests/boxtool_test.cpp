@@ -1,0 +1,299 @@
+// boxtool as scripts use it: exit status over several files, the human and
+// JSON forms of check and info (golden files under tests/data/boxtool/), the
+// JSON schema, parallel checks; in process, a file that shrinks and the
+// printable form of bytes.
+//
+// The binary runs in tests/data on the committed golden boxes, with names
+// relative to it, so that no output holds a path of this machine.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "analysed_file.h"
+#include "box_builder.h"
+#include "golden.h"
+#include "printable.h"
+#include "run_vorn.h"
+#include "shrinker.h"
+#include "worker_pool.h"
+
+#ifndef BOXTOOL_BINARY
+#error "BOXTOOL_BINARY must name the boxtool executable"
+#endif
+
+using namespace boxtest;
+using Json = nlohmann::json;
+using Args = std::vector<std::string>;
+
+namespace {
+
+// Runs boxtool with args in dir (tests/data by default) under TZ=UTC.
+RunResult boxtool(const Args& args, const std::string& dir = goldenPath("")) {
+  return runProgram(BOXTOOL_BINARY, args, false, dir);
+}
+
+// Every golden box, by its name in tests/data, in name order.
+Args goldenBoxes() {
+  Args names;
+  for (const auto& e : std::filesystem::directory_iterator(goldenPath(""))) {
+    if (e.path().extension() == ".box") names.push_back(e.path().filename());
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+Args with(Args args, const Args& more) {
+  args.insert(args.end(), more.begin(), more.end());
+  return args;
+}
+
+struct StatusCase {
+  const char* name;
+  Args args;
+  int status;
+  std::string err;  // the whole of standard error, or its start when it ends in "..."
+};
+
+void PrintTo(const StatusCase& c, std::ostream* os) { *os << c.name; }  // test names without addresses
+
+class BoxtoolStatus : public testing::TestWithParam<StatusCase> {};
+
+TEST_P(BoxtoolStatus, IsTheOrOfTheFilesVerdicts) {
+  const StatusCase& c = GetParam();
+  const RunResult r = boxtool(c.args);
+  EXPECT_EQ(r.status, c.status) << r.err;
+  if (c.err.size() > 3 && c.err.ends_with("...")) {
+    EXPECT_TRUE(r.err.starts_with(c.err.substr(0, c.err.size() - 3))) << r.err;
+  } else {
+    EXPECT_EQ(r.err, c.err);
+  }
+}
+
+const std::string kMissing = "boxtool: missing.box: No such file or directory\n";
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, BoxtoolStatus,
+    testing::Values(
+        StatusCase{"clean", {"check", "KQADRS.box"}, 0, ""},
+        StatusCase{"warnings", {"check", "VALUES.box"}, 1, ""},
+        StatusCase{"errors", {"check", "SALVAGE.box"}, 2, ""},
+        StatusCase{"criticals", {"check", "hostile_72_bytes.box"}, 2, ""},
+        StatusCase{"unreadable", {"check", "missing.box"}, 8, kMissing},
+        StatusCase{"directory", {"check", "boxtool"}, 8, "boxtool: boxtool: Is a directory\n"},
+        StatusCase{
+            "all_ored", {"check", "KQADRS.box", "VALUES.box", "SALVAGE.box", "missing.box"}, 11, kMissing},
+        StatusCase{"unreadable_first_others_checked",
+                   {"check", "-j", "2", "missing.box", "VALUES.box"},
+                   9,
+                   kMissing},
+        StatusCase{
+            "quiet_json_same_status", {"check", "--quiet", "--json", "VALUES.box", "SALVAGE.box"}, 3, ""},
+        StatusCase{"usage_no_files", {"check"}, 16, "boxtool: BOX is required..."},
+        StatusCase{"usage_unknown_option", {"check", "--frobnicate", "KQADRS.box"}, 16, "boxtool: ..."},
+        StatusCase{"usage_jobs_zero", {"check", "--jobs", "0", "KQADRS.box"}, 16, "boxtool: --jobs..."},
+        StatusCase{"usage_no_subcommand", {}, 16, "boxtool: A subcommand is required..."},
+        StatusCase{"usage_unknown_subcommand", {"frobnicate"}, 16, "boxtool: ..."},
+        StatusCase{"usage_info_two_boxes", {"info", "KQADRS.box", "VALUES.box"}, 16, "boxtool: ..."},
+        StatusCase{"info_unreadable", {"info", "missing.box"}, 8, kMissing},
+        StatusCase{"info_damaged_is_a_report", {"info", "TRUNC.box"}, 0, ""},
+        StatusCase{"help", {"--help"}, 0, ""}, StatusCase{"check_help", {"check", "--help"}, 0, ""},
+        StatusCase{"version", {"--version"}, 0, ""}),
+    [](const testing::TestParamInfo<StatusCase>& info) { return info.param.name; });
+
+struct GoldenRun {
+  std::string name;  // the golden file under tests/data/boxtool/
+  Args args;
+};
+
+void PrintTo(const GoldenRun& r, std::ostream* os) { *os << r.name; }
+
+class BoxtoolOutput : public testing::TestWithParam<GoldenRun> {};
+
+TEST_P(BoxtoolOutput, MatchesTheGoldenFile) {
+  const RunResult r = boxtool(GetParam().args);
+  expectGolden("boxtool/" + GetParam().name, r.out);
+}
+
+std::vector<GoldenRun> goldenRuns() {
+  std::vector<GoldenRun> runs{{"check.txt", with({"check"}, goldenBoxes())},
+                              {"check_quiet.txt", with({"check", "--quiet"}, goldenBoxes())},
+                              {"check.ndjson", with({"check", "--json"}, goldenBoxes())},
+                              {"version.txt", {"--version"}}};
+  for (const std::string sample :
+       {"KQADRS", "BADHEAD", "BADITEMS", "SALVAGE", "GARBAGE", "VALUES", "TRUNC", "DUPLICATE"})
+    runs.push_back({"info_" + sample + ".txt", {"info", sample + ".box"}});
+  runs.push_back({"info_BADHEAD.json", {"info", "--json", "BADHEAD.box"}});
+  return runs;
+}
+
+INSTANTIATE_TEST_SUITE_P(Runs, BoxtoolOutput, testing::ValuesIn(goldenRuns()),
+                         [](const testing::TestParamInfo<GoldenRun>& info) {
+                           std::string name = info.param.name;
+                           std::replace(name.begin(), name.end(), '.', '_');
+                           return name;
+                         });
+
+// Every line of check --json parses and has the documented fields and
+// types; each summary's counts and status agree with its file's findings.
+TEST(BoxtoolCheckJson, EveryLineFollowsTheSchema) {
+  // A name that is not UTF-8 must not break the output either.
+  const std::string salvage = readGolden("SALVAGE.box");
+  TempBox odd(Bytes(salvage.begin(), salvage.end()), "caf\xe9.box");
+  ASSERT_TRUE(writeFile(odd.dir() + "/SALVAGE.box", Bytes(salvage.begin(), salvage.end())));
+  const RunResult r = boxtool({"check", "--json", "caf\xe9.box", "SALVAGE.box", "missing.box"}, odd.dir());
+  EXPECT_EQ(r.status, 10);
+  std::map<std::string, std::map<std::string, int>> seen;  // file -> severity -> count
+  int summaries = 0;
+  for (const std::string& line : splitLines(r.out)) {
+    const Json j = Json::parse(line);  // throws on a line that is not JSON
+    const std::string file = j.at("file");
+    if (j.at("type") == "finding") {
+      ASSERT_EQ(j.size(), 11u) << line;
+      EXPECT_NE(j.at("card").is_null(), j.at("section").is_null()) << line;
+      for (const char* key : {"card", "offset", "id", "size"})
+        EXPECT_EQ(j.at(key).is_number_unsigned(), j.at("card").is_number_unsigned()) << line;
+      EXPECT_TRUE(j.at("section").is_null() || j.at("section").is_string()) << line;
+      EXPECT_EQ(j.at("code").get<std::string>().find_first_not_of("0123456789abcdef"), std::string::npos);
+      EXPECT_EQ(j.at("code").get<std::string>().size(), 8u);
+      EXPECT_TRUE(j.at("text").is_string() && j.at("detail").is_string()) << line;
+      ++seen[file][j.at("severity")];
+    } else {
+      ASSERT_EQ(j.at("type"), "summary");
+      ++summaries;
+      EXPECT_EQ(j.at("schema"), 1);
+      EXPECT_EQ(j.at("critical"), seen[file]["Critical"]) << line;
+      EXPECT_EQ(j.at("errors"), seen[file]["Error"]) << line;
+      EXPECT_EQ(j.at("warnings"), seen[file]["Warning"]) << line;
+      const bool analysed = j.at("analysed");
+      EXPECT_EQ(j.at("reason").is_string(), !analysed) << line;
+      const int problems = (seen[file]["Critical"] + seen[file]["Error"]) ? 2 : seen[file]["Warning"] ? 1 : 0;
+      EXPECT_EQ(j.at("status"), analysed ? problems : 8) << line;
+    }
+  }
+  EXPECT_EQ(summaries, 3);
+  EXPECT_EQ(seen.count("caf\\xe9.box"), 1u);
+  EXPECT_EQ(seen["caf\\xe9.box"], seen["SALVAGE.box"]);
+}
+
+// info --json: each total's differs flag says whether stored and counted differ.
+TEST(BoxtoolInfoJson, TotalsAreMarkedWhereTheyDiffer) {
+  for (const char* box : {"BADHEAD.box", "SALVAGE.box", "TRUNC.box", "KQADRS.box"}) {
+    const Json j = Json::parse(boxtool({"info", "--json", box}).out);
+    EXPECT_EQ(j.at("schema"), 1);
+    for (const auto& [name, total] : j.at("header_totals").items())
+      EXPECT_EQ(total.at("differs"), total.at("stored") != total.at("counted")) << box << " " << name;
+  }
+}
+
+TEST(BoxtoolJobs, ParallelOutputEqualsSerialOutput) {
+  const Args files = with(goldenBoxes(), {"missing.box", "KQADRS.box"});
+  for (const Args& mode : {Args{"check"}, Args{"check", "--json"}}) {
+    const RunResult serial = boxtool(with(with(mode, {"--jobs", "1"}), files));
+    const RunResult parallel = boxtool(with(with(mode, {"--jobs", "3"}), files));
+    EXPECT_EQ(parallel.out, serial.out);
+    EXPECT_EQ(parallel.err, serial.err);
+    EXPECT_EQ(parallel.status, serial.status);
+  }
+}
+
+// In process: workers that die lose only their own tasks, each reported once
+// and in order, and new workers take over until every task is done.
+TEST(BoxtoolWorkers, DyingWorkersLoseOnlyTheirTasks) {
+  const pid_t parent = getpid();
+  int died[2];
+  ASSERT_EQ(pipe(died), 0);
+  bool waited = false;
+  std::vector<std::string> emitted;
+  const TaskRunner runner{[&](size_t task) {
+                            if (getpid() != parent) {  // every worker dies at its first task
+                              (void)!write(died[1], "x", 1);
+                              raise(SIGKILL);
+                            }
+                            if (!waited) {  // so that the parent does not take every task itself
+                              pollfd one{died[0], POLLIN, 0};
+                              waited = poll(&one, 1, 20000) == 1;
+                            }
+                            return TaskOutput{std::to_string(task), "", 0};
+                          },
+                          [](size_t task, const std::string& why) {
+                            return TaskOutput{std::to_string(task), why, exit_status::kNotAnalysed};
+                          },
+                          [&](const TaskOutput& o) { emitted.push_back(o.out + " " + o.err); }};
+  runTasksInOrder(200, 3, runner);
+  ASSERT_EQ(emitted.size(), 200u);
+  size_t lost = 0;
+  for (size_t task = 0; task < emitted.size(); ++task) {
+    lost += emitted[task] != std::to_string(task) + " ";
+    EXPECT_TRUE(emitted[task] == std::to_string(task) + " " ||
+                emitted[task] == std::to_string(task) + " killed by signal 9")
+        << emitted[task];
+  }
+  EXPECT_TRUE(waited);
+  EXPECT_GT(lost, 0u);
+  EXPECT_LT(lost, 200u);  // the parent's own batches are done
+  close(died[0]);
+  close(died[1]);
+}
+
+// In process: a mapped file that shrinks during its check is not analysed.
+TEST(BoxtoolAnalysedFile, ShrinkingWhileMappedIsAnOperationalError) {
+  const std::string sound = readGolden("KQADRS.box");
+  TempBox box(Bytes(sound.begin(), sound.end()));
+  resetReportState();
+  Shrinker shrink(box.path(), 100, 8192);
+  const AnalysedFile file(box.path(), 0);  // mapped, as large files are
+  EXPECT_EQ(file.status(), exit_status::kNotAnalysed);
+  EXPECT_EQ(file.reason, "the file shrank while it was being analysed");
+  EXPECT_TRUE(file.findings.empty());
+}
+
+TEST(BoxtoolAnalysedFile, ReadAndMappedFilesGiveTheSameFindings) {
+  for (const char* name : {"SALVAGE.box", "DUPLICATE.box", "hostile_1_byte.box"}) {
+    const AnalysedFile read(goldenPath(name)), mapped(goldenPath(name), 0);
+    ASSERT_EQ(read.findings.size(), mapped.findings.size()) << name;
+    for (size_t i = 0; i < read.findings.size(); ++i) {
+      EXPECT_EQ(read.findings[i].text + read.findings[i].detail,
+                mapped.findings[i].text + mapped.findings[i].detail);
+      EXPECT_EQ(read.findings[i].offset, mapped.findings[i].offset) << name;
+    }
+  }
+}
+
+struct PrintableCase {
+  const char* name;
+  std::string bytes;
+  std::string shown;
+};
+
+void PrintTo(const PrintableCase& c, std::ostream* os) { *os << c.name; }
+
+class BoxtoolPrintable : public testing::TestWithParam<PrintableCase> {};
+
+TEST_P(BoxtoolPrintable, IsValidUtf8AndReversible) {
+  EXPECT_EQ(printable(GetParam().bytes), GetParam().shown);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Bytes, BoxtoolPrintable,
+    testing::Values(PrintableCase{"ascii", "Ann", "Ann"}, PrintableCase{"backslash", "a\\b", "a\\\\b"},
+                    PrintableCase{"utf8_japanese", "\xe3\x81\x82", "\xe3\x81\x82"},
+                    PrintableCase{"euc_jp", "\xa4\xa2", "\\xa4\\xa2"},
+                    PrintableCase{"control", "a\tb\x7f", "a\\x09b\\x7f"},
+                    PrintableCase{"nul", std::string("a\0b", 3), "a\\x00b"},
+                    PrintableCase{"overlong", "\xc0\xaf", "\\xc0\\xaf"},
+                    PrintableCase{"surrogate", "\xed\xa0\x80", "\\xed\\xa0\\x80"},
+                    PrintableCase{"cut_short", "\xe3\x81", "\\xe3\\x81"},
+                    PrintableCase{"above_u10ffff", "\xf4\x90\x80\x80", "\\xf4\\x90\\x80\\x80"}),
+    [](const testing::TestParamInfo<PrintableCase>& info) { return info.param.name; });
+
+}  // namespace
