@@ -21,8 +21,16 @@ bool hasDisplay() {
 
 }  // namespace
 
-WindowTranslations::WindowTranslations(const QLocale& locale) {
-  if (!window_.load(locale, QStringLiteral("vorn"), QStringLiteral("_"), QStringLiteral(":/i18n"))) return;
+QString installedTranslations() {
+  return QCoreApplication::applicationDirPath() + QStringLiteral("/" VORN_TRANSLATIONS_RELATIVE_PATH);
+}
+
+WindowTranslations::WindowTranslations(const QLocale& locale, const QString& directory) {
+  const auto load = [this, &locale](const QString& from) {
+    return window_.load(locale, QStringLiteral("vorn"), QStringLiteral("_"), from);
+  };
+  const bool found = (!directory.isEmpty() && load(directory)) || load(QStringLiteral(":/i18n"));
+  if (!found) return;
   QCoreApplication::installTranslator(&window_);
   if (qt_.load(locale, QStringLiteral("qtbase"), QStringLiteral("_"),
                QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
@@ -46,7 +54,7 @@ int graphicalStart(int argc, char** argv) {
     return 2;
   }
   QPEApplication application(argc, argv, QPEApplication::GuiClient);
-  const WindowTranslations translations{QLocale()};
+  const WindowTranslations translations{QLocale(), installedTranslations()};
   auto* widget = new Vorn();
   application.showMainDocumentWidget(widget, false);
   const int status = application.exec();
