@@ -147,14 +147,19 @@ inline bool idle(const Vorn& w) {
          w.focusWidget() == w.appliCombo && !w.progress->isVisible();
 }
 
-// The top-level rows of the result list as "col0|col1|col2".
-inline QStringList rows(const QTreeWidget* list) {
-  QStringList texts;
-  for (int i = 0; i < list->topLevelItemCount(); ++i) {
-    const QTreeWidgetItem* item = list->topLevelItem(i);
-    texts << item->text(0) + "|" + item->text(1) + "|" + item->text(2);
+// The result list as text: every item, a child indented, its columns 0 to 4
+// (the last the mark of a red item) joined by "|", one a line.
+inline QString treeText(const QTreeWidget* list) {
+  QString text;
+  const auto add = [&text](const QTreeWidgetItem* item, const QString& indent) {
+    text += indent;
+    for (int c = 0; c < 5; ++c) text += item->text(c) + (c < 4 ? "|" : "\n");
+  };
+  for (int t = 0; t < list->topLevelItemCount(); ++t) {
+    add(list->topLevelItem(t), "");
+    for (int c = 0; c < list->topLevelItem(t)->childCount(); ++c) add(list->topLevelItem(t)->child(c), "  ");
   }
-  return texts;
+  return text;
 }
 
 // Chooses an application row as a user does, so that the selector hears.
