@@ -99,7 +99,7 @@ class SelectorTest : public QObject {
     f.selector.activateAll();
     choose(&f.appli, 7);
     QCOMPARE(f.appli.currentText() + " " + f.selector.boxFilePath("*.idx"), "Kopie.box " + dialogAnswer);
-    QVERIFY(f.appli.currentIndex() == 6 && !f.selector.isFastLoad());
+    QVERIFY(f.appli.currentIndex() == 6 && !f.selector.isFastLoad() && !f.storage.isEnabled());
     dialogAnswer.clear();  // cancelled: the calendar again; the directory is remembered
     choose(&f.appli, 7);
     QCOMPARE(f.appli.currentIndex(), 0);
