@@ -7,6 +7,7 @@
 #include "action_host.h"
 #include "action_lock.h"
 #include "box_analysis.h"
+#include "local_path.h"
 #include "report_scope.h"
 #include "reporter.h"
 #include "resolution.h"
@@ -16,8 +17,8 @@ namespace {
 
 // Runs the analysis of path into the result list, or says why it cannot.
 void analyseInto(ActionHost& host, const QString& path, const ActionSwitches& switches) {
-  const QByteArray latin1 = path.toLatin1();
-  BoxAnalysis analysis(latin1.constData());
+  const QByteArray name = localFileName(path);
+  BoxAnalysis analysis(name.constData());
   if (!analysis.file.data) {
     // It exists but cannot be read: say why instead of an empty list.
     QMessageBox::warning(host.dialogParent(), QCoreApplication::translate("Vorn", "File error"),

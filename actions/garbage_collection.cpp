@@ -10,13 +10,19 @@
 #include <QCoreApplication>
 #include <QMessageBox>
 
+#include <cstdio>
 #include <cstdlib>
 
 #include <qpe/qcopenvelope.h>
 
 #include "action_host.h"
 #include "action_lock.h"
+#include "box_analysis.h"
 #include "boxlib.h"
+#include "findings.h"
+#include "local_path.h"
+#include "report_scope.h"
+#include "reporter.h"
 #include "resolution.h"
 
 GcSystem gcSystem = {::statfs, _BoxGarbageCollect, std::system};
@@ -38,10 +44,89 @@ bool askYesNo(QWidget* parent, QMessageBox::Icon icon, const QString& caption, c
 
 void sendRestart() { QCopEnvelope("QPE/System", "restart()"); }
 
+// Whether a delivered finding is one that makes the collector refuse the box:
+// every Critical, and every Error but those the collection repairs (the
+// header's totals and wrong offset table entries, all rewritten).
+bool refuses(int32_t index, uint32_t code) {
+  if (code & code::kCritical) return true;
+  if (!(code & code::kError) || index == kHeaderSection) return false;
+  return !(index == kOffsetTableSection && code == code::table::kRepairable);
+}
+
+// Collects the refusing findings of one analysis as lines of text.
+class RefusalCollector : public Reporter {
+ public:
+  void message(const char*, va_list) override {}
+  void entry(int32_t index, uint32_t offset, uint32_t, uint32_t, uint32_t code, const char* text,
+             const char* format, va_list args) override {
+    if (!refuses(index, code)) return;
+    char detail[256] = "";
+    if (format) std::vsnprintf(detail, sizeof detail, format, args);
+    static const char* const sections[] = {"Box header", "Item info", "Offset table", "Data chunck"};
+    const QString where = index < 0 && index >= kDataChunkSection
+                              ? QString::fromLatin1(sections[-1 - index])
+                              : QCoreApplication::translate("Vorn", "card %1 at 0x%2")
+                                    .arg(index)
+                                    .arg(offset, 6, 16, QLatin1Char('0'));
+    lines << QStringLiteral("%1: %2 %3%4")
+                 .arg(where, QString::fromLatin1(severityName(code)), QString::fromLatin1(text ? text : ""),
+                      QString::fromLatin1(detail));
+  }
+  QStringList lines;
+};
+
+// The findings of the box at path that make the collector refuse it.
+QStringList refusingFindings(const QByteArray& path) {
+  BoxAnalysis analysis(path.constData());
+  if (!analysis.file.data) return {};
+  RefusalCollector collector;
+  ReportScope scope(&collector, {});
+  analysis.run();
+  return collector.lines;
+}
+
+// What a failure code of the collector means, for the message's details.
+QString collectorFailure(int rc, const QString& path) {
+  const QString code = QStringLiteral("0x%1").arg(rc, 4, 16, QLatin1Char('0'));
+  const QString unchanged = QCoreApplication::translate("Vorn", "The box file is unchanged.");
+  switch (rc) {
+    case BOX_GC_UNREADABLE:
+      return QCoreApplication::translate("Vorn", "Code %1: the box file cannot be opened or read.\n%2")
+          .arg(code, unchanged);
+    case BOX_GC_DAMAGED: {
+      QStringList findings = refusingFindings(localFileName(path));
+      if (findings.isEmpty())
+        findings << QCoreApplication::translate(
+            "Vorn",
+            "No finding refuses it alone: its item info does not lie wholly before the "
+            "first card, or it holds more cards than a box can.");
+      return QCoreApplication::translate(
+                 "Vorn",
+                 "Code %1: refused, the box file is damaged in a way that garbage collection cannot "
+                 "repair:\n%2\n%3\nIts cards can be rescued into a new box file with\n"
+                 "  boxtool recover BROKEN.BOX NEW.BOX\nwhere BROKEN.BOX is %4")
+          .arg(code, findings.join(QLatin1Char('\n')), unchanged, path);
+    }
+    case BOX_GC_WRITE_FAILED:
+      return QCoreApplication::translate(
+                 "Vorn",
+                 "Code %1: the collected box could not be written beside it (disk full, read-only "
+                 "directory or I/O error).\n%2")
+          .arg(code, unchanged);
+    case BOX_GC_REPLACE_FAILED:
+      return QCoreApplication::translate("Vorn",
+                                         "Code %1: the collected box could not replace the box file.\n%2")
+          .arg(code, unchanged);
+    default:
+      return QCoreApplication::translate("Vorn", "Code %1: the box library gives no meaning for this code.")
+          .arg(code);
+  }
+}
+
 }  // namespace
 
 int hasSpace(const QString& path) {
-  const QByteArray local = path.toLocal8Bit();
+  const QByteArray local = localFileName(path);
   struct statfs fs;
   if (gcSystem.statfs(local.constData(), &fs) != 0) return -1;
   struct stat st;
@@ -93,15 +178,16 @@ int guardedGarbageCollect(const char* path) {
 
 QByteArray removalCommand(const QString& pattern) {
   const qsizetype slash = pattern.lastIndexOf(QLatin1Char('/'));
-  const QByteArray dir = pattern.left(slash + 1).toLatin1();
-  const QByteArray file = pattern.mid(slash + 1).toLatin1();
+  const QByteArray dir = localFileName(pattern.left(slash + 1));
+  const QByteArray file = localFileName(pattern.mid(slash + 1));
   bool plain = true;
   for (const char c : dir) {
     const bool ok = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '/' ||
                     c == '.' || c == '_' || c == '-' || c == '+';
     plain = plain && ok;
   }
-  QByteArray command = "/bin/rm -rf ";
+  // "--": a directory that begins with "-" is never read as options.
+  QByteArray command = "/bin/rm -rf -- ";
   if (plain) {
     command += dir;
   } else {
@@ -145,8 +231,8 @@ void garbageCollectionAction(ActionHost& host) {
     return;
   }
 
-  const QByteArray ascii = path.toLatin1();
-  const int rc = guardedGarbageCollect(ascii.constData());
+  const QByteArray name = localFileName(path);
+  const int rc = guardedGarbageCollect(name.constData());
   if (rc < 0) {
     if (askYesNo(parent, QMessageBox::Critical, QCoreApplication::translate("Vorn", "Error"),
                  QCoreApplication::translate(
@@ -157,13 +243,18 @@ void garbageCollectionAction(ActionHost& host) {
     return;
   }
   if (rc > 0) {
-    QMessageBox::warning(parent, QCoreApplication::translate("Vorn", "Error"),
-                         QCoreApplication::translate("Vorn", "Garbage collection was failed."));
+    QMessageBox failed(QMessageBox::Warning, QCoreApplication::translate("Vorn", "Error"),
+                       QCoreApplication::translate("Vorn", "Garbage collection was failed."), QMessageBox::Ok,
+                       parent);
+    failed.setDetailedText(collectorFailure(rc, path));
+    failed.exec();
     return;
   }
 
+  // The question only when its answer changes what is removed.
+  const bool indexFilesRemovable = indexRemovals(host, true).size() > indexRemovals(host, false).size();
   const bool deleteIndex =
-      host.switches().deleteIndex &&
+      host.switches().deleteIndex && indexFilesRemovable &&
       askYesNo(parent, QMessageBox::Warning, QCoreApplication::translate("Vorn", "Confirm"),
                QCoreApplication::translate(
                    "Vorn",

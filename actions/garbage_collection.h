@@ -34,6 +34,6 @@ void garbageCollectionAction(ActionHost& host);
 // files when deleteIndex (the user confirmed it), then the text indexes.
 QList<QByteArray> indexRemovals(const ActionHost& host, bool deleteIndex);
 
-// "/bin/rm -rf " and the pattern; a directory part holding anything beyond
+// "/bin/rm -rf -- " and the pattern; a directory part holding anything beyond
 // letters, digits and /._-+ is quoted for the shell, the file part is not.
 QByteArray removalCommand(const QString& pattern);

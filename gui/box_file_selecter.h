@@ -1,7 +1,8 @@
 // Turns the form's application and storage choices into one box file: its
 // path (or a pattern of files beside it), its directory and the name of its
 // storage medium.  In developer mode it also offers a menu of every box file
-// in the main storage directory as the "Other Boxes" choice.
+// in the main storage directory as the "Other Boxes" choice, and "Open box
+// file..." for a box file anywhere, which becomes the "Other Boxes" choice.
 #pragma once
 
 #include <QObject>
@@ -9,6 +10,7 @@
 
 class QComboBox;
 class QMenu;
+class QWidget;
 
 // One application choice.
 struct AppEntry {
@@ -25,6 +27,14 @@ class boxFileSelecter : public QObject {
  public:
   static constexpr int kRows = 7;
   static const AppEntry appTable[kRows];
+  // The entry after the table's rows: a file dialog, not an application.
+  static constexpr int kOpenFileRow = kRows;
+
+  // The file dialog of "Open box file...": returns the chosen file, or an
+  // empty string when the user cancels.  Replaceable for tests.
+  using OpenFileDialog = QString (*)(QWidget* parent, const QString& caption, const QString& directory,
+                                     const QString& filter);
+  static OpenFileDialog openFileDialog;
 
   // Fills both combo boxes, selects the first application and disables the
   // storage choice.
@@ -41,6 +51,10 @@ class boxFileSelecter : public QObject {
   // Whether the current application is on the launcher's preload list.
   bool isFastLoad() const;
 
+  // Makes the box file at path, wherever it lies, the current choice: the
+  // "Other Boxes" entry shows its name and every path is the file itself.
+  void chooseFile(const QString& path);
+
   QComboBox* appliCombo;
   QComboBox* storageCombo;
   QMenu* boxMenu = nullptr;  // built by activateAll(), kept for the selector's life
@@ -53,4 +67,6 @@ class boxFileSelecter : public QObject {
 
  private:
   const AppEntry& currentRow() const;
+  void openFromDialog();
+  QString chosenPath_;  // a box file from outside the main storage, or empty
 };

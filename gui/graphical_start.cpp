@@ -1,4 +1,7 @@
 // The graphical mode: the Qtopia application object and one main window.
+#include <QCoreApplication>
+#include <QLibraryInfo>
+
 #include <cstdio>
 #include <cstdlib>
 
@@ -18,6 +21,29 @@ bool hasDisplay() {
 
 }  // namespace
 
+QString installedTranslations() {
+  return QCoreApplication::applicationDirPath() + QStringLiteral("/" VORN_TRANSLATIONS_RELATIVE_PATH);
+}
+
+WindowTranslations::WindowTranslations(const QLocale& locale, const QString& directory) {
+  const auto load = [this, &locale](const QString& from) {
+    return window_.load(locale, QStringLiteral("vorn"), QStringLiteral("_"), from);
+  };
+  const bool found = (!directory.isEmpty() && load(directory)) || load(QStringLiteral(":/i18n"));
+  if (!found) return;
+  QCoreApplication::installTranslator(&window_);
+  if (qt_.load(locale, QStringLiteral("qtbase"), QStringLiteral("_"),
+               QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
+    QCoreApplication::installTranslator(&qt_);
+  }
+  installed_ = true;
+}
+
+WindowTranslations::~WindowTranslations() {
+  QCoreApplication::removeTranslator(&qt_);
+  QCoreApplication::removeTranslator(&window_);
+}
+
 int graphicalStart(int argc, char** argv) {
   // Without a display the toolkit would abort; say what to do instead.
   if (!hasDisplay()) {
@@ -28,6 +54,7 @@ int graphicalStart(int argc, char** argv) {
     return 2;
   }
   QPEApplication application(argc, argv, QPEApplication::GuiClient);
+  const WindowTranslations translations{QLocale(), installedTranslations()};
   auto* widget = new Vorn();
   application.showMainDocumentWidget(widget, false);
   const int status = application.exec();

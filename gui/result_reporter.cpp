@@ -24,16 +24,18 @@ QString formatted(const char* format, ...) {
   return QString::fromLatin1(buffer);
 }
 
+// The section names pass through QObject::tr, as the finding texts do, but
+// no catalogue translates either: they stay as the console shows them.
 const char* sectionName(int32_t index) {
   switch (index) {
     case kHeaderSection:
-      return QT_TRANSLATE_NOOP("QObject", "Box header");
+      return "Box header";
     case kItemInfoSection:
-      return QT_TRANSLATE_NOOP("QObject", "Item info");
+      return "Item info";
     case kOffsetTableSection:
-      return QT_TRANSLATE_NOOP("QObject", "Offset table");
+      return "Offset table";
     case kDataChunkSection:
-      return QT_TRANSLATE_NOOP("QObject", "Data chunck");
+      return "Data chunck";
     default:
       return nullptr;
   }

@@ -22,6 +22,12 @@ class Vorn : public VornBase, public ActionHost {
 
   boxFileSelecter selector;
 
+  // The size a desktop screen opens the window at: the result list shows
+  // kDesktopRows rows, and its columns are as wide as findings need.  A
+  // handheld's screen shows the window maximised, whatever this says.
+  QSize sizeHint() const override;
+  static constexpr int kDesktopRows = 15;
+
   // ActionHost.
   QWidget* dialogParent() override;
   QString boxFilePath(const char* suffix) const override;
@@ -36,6 +42,11 @@ class Vorn : public VornBase, public ActionHost {
   std::unique_ptr<Reporter> resultReporter(bool echo) override;
   void hideProgress() override;
   void setBusy(bool busy) override;
+
+ protected:
+  // A box file dropped onto the window becomes the choice and is analysed.
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
 
  protected slots:
   void devModeEnebled();

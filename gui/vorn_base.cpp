@@ -62,6 +62,7 @@ VornBase::VornBase(QWidget* parent, const char* name, Qt::WindowFlags fl) : QWid
   gcGroupLayout->addItem(horizontalSpacer());
   gcButton = named(new QPushButton(gcGroup), "gcButton");
   gcButton->setText(tr("Exec"));
+  gcButton->setToolTip(tr("Collect the garbage of the selected box file, then restart"));
   gcGroupLayout->addWidget(gcButton);
   VornBaseLayout->addWidget(gcGroup, 1, 0);
 
@@ -85,6 +86,7 @@ VornBase::VornBase(QWidget* parent, const char* name, Qt::WindowFlags fl) : QWid
   fileGroupLayout->addItem(horizontalSpacer());
   anOnlyChk = named(new QCheckBox(fileGroup), "anOnlyChk");
   anOnlyChk->setText(tr(""));
+  anOnlyChk->setToolTip(tr("Analyse only: hide garbage collection"));
   fileGroupLayout->addWidget(anOnlyChk);
   VornBaseLayout->addWidget(fileGroup, 0, 0);
 
@@ -129,6 +131,7 @@ VornBase::VornBase(QWidget* parent, const char* name, Qt::WindowFlags fl) : QWid
   anRowLayout->addItem(horizontalSpacer());
   anButton = named(new QPushButton(anGroup), "anButton");
   anButton->setText(tr("Exec"));
+  anButton->setToolTip(tr("Analyse the selected box file and list its findings"));
   anRowLayout->addWidget(anButton);
   anGroupLayout->addLayout(anRowLayout, 0, 0);
   VornBaseLayout->addWidget(anGroup, 2, 0);

@@ -13,7 +13,11 @@ void QPEApplication::showMainDocumentWidget(QWidget* w, bool nomax) {
   const bool handheldSized = screen && screen->size().width() <= 640 && screen->size().height() <= 640;
   if (!nomax && handheldSized) {
     w->showMaximized();
-  } else {
-    w->show();
+    return;
   }
+  // A desktop window opens at least at the size it prefers, within the screen.
+  if (screen && !handheldSized) {
+    w->resize(w->size().expandedTo(w->sizeHint()).boundedTo(screen->availableSize()));
+  }
+  w->show();
 }

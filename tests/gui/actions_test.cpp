@@ -1,25 +1,19 @@
 // The analyse action and the box self-check, driven through the window.
-#include <QCheckBox>
-#include <QComboBox>
-#include <QGroupBox>
-#include <QProgressBar>
-#include <QPushButton>
-#include <QTest>
-#include <QTreeWidget>
 
 #include "address_book.h"
 #include "boxlib.h"
+#include "findings.h"
+#include "golden.h"
 #include "gui_support.h"
-#include "hostile_files.h"
+#include "result_reporter.h"
 #include "self_check.h"
 #include "shrinker.h"
-#include "vorn.h"
 
 using namespace boxtest;
 
 namespace {
 
-// An address book of twelve cards; card 3 holds an impossible weekday.
+// An address book of twelve cards; the card with ID 3 holds weekday 7.
 Bytes addressBook() {
   BoxBuilder b;
   b.field(1, "NAME", "Name").field(7, "WDAY", "Day");
@@ -27,161 +21,192 @@ Bytes addressBook() {
   return b.indexCard({{"NAME", "n.idx"}}).terminator().build().bytes;
 }
 
-int fakeResult = 0;
-QByteArray fakeSeenPath;
+// What the replaced functions see of the window while an action runs.
+Vorn* window = nullptr;
+QString seenWhileRunning;  // L locked, P progress bar shown, per call
+int checkResult = 0;
+QByteArray checkedPath;
+void noteTheWindow() {
+  seenWhileRunning +=
+      QString(groupsDisabled(*window) ? "L" : "-") + (window->progress->isVisible() ? "P " : "- ");
+}
 int fakeCheck(const char* path, int level) {
-  fakeSeenPath = path;
-  return level == 255 ? fakeResult : 12345;
+  noteTheWindow();
+  checkedPath = path;
+  return level == 255 ? checkResult : 12345;
 }
+time_t fakeNow = 0;
+time_t tickingClock() {  // every progress report goes through
+  noteTheWindow();
+  return fakeNow += 2;
+}
+QString dialogAnswer;
 
-QStringList rows(const QTreeWidget* list) {
-  QStringList texts;
-  for (int i = 0; i < list->topLevelItemCount(); ++i) {
-    const QTreeWidgetItem* item = list->topLevelItem(i);
-    texts << item->text(0) + "|" + item->text(1) + "|" + item->text(2);
-  }
-  return texts;
-}
+// How a file under a HOME is chosen: by its application row, from "Other
+// Boxes", through "Open box file..." or by a drop.
+const QString kHome = "hömé $(touch x) 'q';`y`";
+// clang-format off
+const struct { const char* name; QString home, file, how; } kChosen[] = {
+    {"application row, HOME outside ASCII", kHome, "Applications/bxd/KQADRS.BOX", "row"},
+    {"Japanese name from Other Boxes", kHome, "Applications/bxd/住所録 ü.box", "menu"},
+    {"opened from anywhere", kHome, "バックアップ/ü;$x.BOX", "dialog"},
+    {"dropped onto the window", kHome, "バックアップ/dropped 名前.box", "drop"},
+};
+const struct { const char* name; int result; const char* outcome; } kChecks[] = {
+    {"passed", 0, "No Error||0||"},
+    {"failed parts", 3, "Error||3||"},
+    {"minus one is 65535", -1, "Error||65535||"},
+    {"only high bits count as passed", 65536, "No Error||0||"},
+};
+// clang-format on
 
 }  // namespace
 
 class ActionsTest : public QObject {
   Q_OBJECT
 
-  static void expectIdle(Vorn& w) {
-    QVERIFY(w.gcGroup->isEnabled() && w.anGroup->isEnabled() && w.fileGroup->isEnabled());
-    QCOMPARE(w.focusWidget(), w.appliCombo);
-    QVERIFY(!w.progress->isVisible());
-  }
-
  private slots:
-  void missingBoxFileGivesOneWarningAndChangesNothing() {
+  void fileProblemsAreExplained() {
+    // Missing: nothing changes, the form never locks.  Empty: no rows.
+    // Shrinking while analysed: the rows so far stay.
     TempHome home;
+    const QString path = home.boxDir() + "KQDATE.BOX";
     Vorn w;
     w.show();
     new QTreeWidgetItem(w.result, {"kept"});
-    MessageBoxAnswerer ok;
+    MessageBoxAnswerer ok("R", [&w] { return !w.anGroup->isEnabled(); });
     QTest::mouseClick(w.anButton, Qt::LeftButton);
-    QCOMPARE(ok.seen.size(), 1);
-    QCOMPARE(ok.seen[0].caption, QStringLiteral("File error"));
-    QCOMPARE(ok.seen[0].text, "Box file is not found.\n" + home.boxDir() + "KQDATE.BOX");
-    QCOMPARE(rows(w.result), QStringList{"kept||"});
-    QVERIFY(w.gcGroup->isEnabled() && w.anGroup->isEnabled());
-  }
-
-  void analysisFillsTheTree() {
-    TempHome home;
-    const QString path = home.put("KQADRS.BOX", addressBook());
-    home.writeConfig("Launcher", "[Preload]\nApps = addressbook\n");  // fast load does not matter here
-    Vorn w;
-    w.show();
-    QApplication::setActiveWindow(&w);
-    w.appliCombo->setCurrentIndex(1);
-    w.anNoisy->setChecked(true);
-    w.anVerbose->setChecked(true);
-    QTest::mouseClick(w.anButton, Qt::LeftButton);
-
-    // Sections first, then every card (noisy), in the text order of their index.
-    QStringList keys;
-    for (int i = 0; i < w.result->topLevelItemCount(); ++i) keys << w.result->topLevelItem(i)->text(3);
-    QCOMPARE(keys, (QStringList{"", "-1", "-2", "-3", "-4", "0", "1", "10", "11", "12", "13", "2", "3", "4",
-                                "5", "6", "7", "8", "9"}));
-    QCOMPARE(rows(w.result).first(), "BOX file name||" + path);
-    const QTreeWidgetItem* card2 = w.result->topLevelItem(11);
-    QCOMPARE(card2->text(1), QStringLiteral("   0003"));
-    QCOMPARE(card2->text(4), QStringLiteral("*"));
-    QCOMPARE(card2->child(0)->text(2), QStringLiteral("Illegal format of WEEK at 1 (07)."));
-    QCOMPARE(w.result->topLevelItem(10)->text(4), QString());  // card 1 is sound
-    QCOMPARE(w.result->topLevelItem(1)->text(0), QStringLiteral("Box header"));
-    QVERIFY(w.result->topLevelItem(1)->childCount() >= 3);  // verbose listings
-    expectIdle(w);
-
-    // Without verbose: no listings, no file name row.
-    w.anVerbose->setChecked(false);
-    w.anNoisy->setChecked(false);
-    QTest::mouseClick(w.anButton, Qt::LeftButton);
-    QVERIFY(!rows(w.result).join(",").contains("BOX file name"));
-    QCOMPARE(w.result->topLevelItem(0)->childCount(), 0);
-    expectIdle(w);
-  }
-
-  void unreadableBoxFileIsExplained() {
-    TempHome home;
+    QVERIFY(treeText(w.result) == "kept||||\n" && !ok.seen[0].busy);
     home.put("KQDATE.BOX", {});
-    Vorn w;
-    w.show();
-    MessageBoxAnswerer ok;
     QTest::mouseClick(w.anButton, Qt::LeftButton);
-    QCOMPARE(ok.seen.size(), 1);
-    QCOMPARE(ok.seen[0].text, "Box file cannot be read.\n" + home.boxDir() + "KQDATE.BOX\nEmpty file");
     QCOMPARE(w.result->topLevelItemCount(), 0);
-  }
-
-  void shrinkingBoxKeepsTheRowsAndWarns() {
-    TempHome home;
     Bytes bytes = bigAddressBook(3000, false).bytes;
     setHeader(bytes, HeaderField::kDefaultTable, 0x50);
-    const QString path = home.put("KQDATE.BOX", bytes);
-    Vorn w;
-    w.show();
-    MessageBoxAnswerer ok;
+    home.put("KQDATE.BOX", bytes);
     {
-      Shrinker shrink(path.toStdString(), 200, 8192);
+      Shrinker shrink(QFile::encodeName(path).toStdString(), 200, 8192);
       QTest::mouseClick(w.anButton, Qt::LeftButton);
     }
-    QCOMPARE(ok.seen.size(), 1);
-    QCOMPARE(ok.seen[0].caption, QStringLiteral("File error"));
-    QCOMPARE(ok.seen[0].text,
-             "Box file shrank while it was analysed.\n" + path + "\nThe findings end where it was cut.");
-    QCOMPARE(rows(w.result).first(), QStringLiteral("Box header||    48h byte."));
-    QCOMPARE(w.result->topLevelItem(0)->child(0)->text(2),
-             QStringLiteral("Unusual offset of default offset table (0050)."));
-    expectIdle(w);
+    QCOMPARE(ok.texts(), (QStringList{"File error: Box file is not found.\n" + path,
+                                      "File error: Box file cannot be read.\n" + path + "\nEmpty file",
+                                      "File error: Box file shrank while it was analysed.\n" + path +
+                                          "\nThe findings end where it was cut."}));
+    QCOMPARE(w.result->topLevelItem(0)->child(0)->text(2), "Unusual offset of default offset table (0050).");
+    QVERIFY(idle(w));
   }
 
-  void hostileFilesGiveRowsOrOneWarning() {
+  void treesAreGolden_data() {
+    QTest::addColumn<QString>("box");
+    QTest::newRow("address_book") << QString();
+    for (const QString& box :
+         QDir(VORN_TEST_DATA).entryList({"SALVAGE.box", "DUPLICATE.box", "VALUES.box", "hostile_*.box"}))
+      QTest::newRow(qPrintable(box.chopped(4))) << box;
+  }
+  void treesAreGolden() {
+    // The whole tree of a verbose analysis (noisy for the address book):
+    // sections, then cards in the text order of their index; under each the
+    // findings in the text order of their code; every column.
+    QFETCH(QString, box);
     TempHome home;
+    Bytes book = addressBook();
+    setHeader(book, HeaderField::kMaxId, 99);  // an Error among the header's listings
+    home.put("KQDATE.BOX", book);
+    if (!box.isEmpty()) QFile::remove(home.boxDir() + "KQDATE.BOX");
+    QVERIFY(box.isEmpty() || QFile::copy(VORN_TEST_DATA "/" + box, home.boxDir() + "KQDATE.BOX"));
     Vorn w;
     w.show();
     w.anVerbose->setChecked(true);
-    w.anNoisy->setChecked(true);
-    w.anDebug->setChecked(true);
-    for (const HostileFile& file : hostileFiles()) {
-      home.put("KQDATE.BOX", file.bytes);
-      MessageBoxAnswerer ok;
-      QTest::mouseClick(w.anButton, Qt::LeftButton);
-      if (file.bytes.empty()) {
-        QCOMPARE(ok.seen.size(), 1);
-      } else {
-        QVERIFY2(ok.seen.isEmpty(), file.name);
-        QVERIFY2(rows(w.result).join(",").contains("Offset table"), file.name);
-      }
-      expectIdle(w);
-    }
+    w.anNoisy->setChecked(box.isEmpty());
+    MessageBoxAnswerer none;
+    QTest::mouseClick(w.anButton, Qt::LeftButton);
+    const std::string golden = std::string("window_") + QTest::currentDataTag() + ".tree",
+                      tree = treeText(w.result).replace(home.path(), "~").toStdString();
+    if (regeneratingGolden()) writeFile(goldenPath(golden), Bytes(tree.begin(), tree.end()));
+    QCOMPARE(QString::fromStdString(tree), QString::fromStdString(readGolden(golden)));
+    QVERIFY(none.seen.isEmpty() && idle(w));
   }
 
+  void reporterFindsTheItemsAlreadyListed() {
+    // The first of a key in list order, keys written as numbers only.
+    VornBase form;
+    QList<QTreeWidgetItem*> items;
+    for (const char* key : {"x", "5", "5", "05", ""})
+      items << new QTreeWidgetItem(form.result, {"", "", "", key});
+    ResultReporter reporter(form.result, form.progress, false);
+    QVERIFY(reporter.findItem(5) == items[1] && !reporter.findItem(0));
+  }
+
+  void selfCheckShowsTheMaskedCode_data() { indexRows(kChecks); }
   void selfCheckShowsTheMaskedCode() {
+    QFETCH(int, i);
     TempHome home;
     const QString path = home.put("KQDATE.BOX", addressBook());
     Vorn w;
     w.show();
+    window = &w;
     QTest::mouseClick(w.chkBXD, Qt::LeftButton);
     w.anVerbose->setChecked(true);
-
-    // The real library: the weekday is only a warning.
-    QTest::mouseClick(w.anButton, Qt::LeftButton);
-    QCOMPARE(rows(w.result), (QStringList{"BXDFileCheck Start||", "No Error||0"}));
-
     boxCheckFunction = fakeCheck;
-    const QList<QPair<int, QString>> cases = {{3, "Error||3"}, {-1, "Error||65535"}, {65536, "No Error||0"}};
-    for (const auto& [value, outcome] : cases) {
-      fakeResult = value;
-      QTest::mouseClick(w.anButton, Qt::LeftButton);
-      QCOMPARE(rows(w.result), (QStringList{"BXDFileCheck Start||", outcome}));
-      QCOMPARE(fakeSeenPath, path.toLatin1());
-    }
+    checkResult = kChecks[i].result;
+    seenWhileRunning.clear();
+    QTest::mouseClick(w.anButton, Qt::LeftButton);
     boxCheckFunction = _BXDFileCheckLevel;
-    expectIdle(w);
+    QCOMPARE(treeText(w.result), QString("BXDFileCheck Start||||\n") + kChecks[i].outcome + "\n");
+    QVERIFY(checkedPath == QFile::encodeName(path) && seenWhileRunning == "L- " && idle(w));
+  }
+
+  void longAnalysisLocksTheFormAndShowsProgress() {
+    TempHome home;
+    home.put("KQDATE.BOX", bigAddressBook(3000, false).bytes);
+    Vorn w;
+    w.show();
+    window = &w;
+    seenWhileRunning.clear();
+    fakeNow = lastProgressTime;
+    setProgressClock(tickingClock);
+    QTest::mouseClick(w.anButton, Qt::LeftButton);
+    setProgressClock(nullptr);
+    // Hidden up to the third report, shown from then on, hidden at the end.
+    QVERIFY2(seenWhileRunning.startsWith("L- L- L- LP LP ") && seenWhileRunning.endsWith("LP "),
+             qPrintable(seenWhileRunning.left(40)));
+    QVERIFY(!seenWhileRunning.contains("-P") && !seenWhileRunning.contains("-- ") && idle(w));
+  }
+
+  void anyFileIsAnalysedAndChecked_data() { indexRows(kChosen); }
+  void anyFileIsAnalysedAndChecked() {
+    QFETCH(int, i);
+    TempHome home(kChosen[i].home);
+    const QString path = home.path() + "/" + kChosen[i].file, how = kChosen[i].how;
+    QDir().mkpath(QFileInfo(path).path());
+    TempHome::write(path, addressBook());
+    Vorn w;
+    w.show();
+    w.anVerbose->setChecked(true);
+    MessageBoxAnswerer none;
+    MenuAnswerer pick(QFileInfo(path).fileName());
+    dialogAnswer = path;
+    boxFileSelecter::openFileDialog = [](QWidget*, const QString&, const QString&, const QString&) {
+      return dialogAnswer;
+    };
+    QMimeData mime;
+    mime.setUrls({QUrl::fromLocalFile(path)});
+    QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    if (how == "drop") {
+      QApplication::sendEvent(&w, &enter);
+      QVERIFY(w.acceptDrops() && enter.isAccepted());
+      QApplication::sendEvent(&w, &drop);
+      QCoreApplication::sendPostedEvents(&w, QEvent::MetaCall);  // the analysis follows the drop
+    } else {
+      choose(w.appliCombo, how == "row" ? 1 : how == "menu" ? 6 : 7);
+      QTest::mouseClick(w.anButton, Qt::LeftButton);
+    }
+    QVERIFY(treeText(w.result).startsWith("BOX file name||" + path + "|"));
+    QVERIFY(treeText(w.result).contains("|Illegal format of WEEK at 1 (07).|"));
+    QTest::mouseClick(w.chkBXD, Qt::LeftButton);
+    QTest::mouseClick(w.anButton, Qt::LeftButton);
+    QCOMPARE(treeText(w.result), "BXDFileCheck Start||||\nNo Error||0||\n");
+    QVERIFY(none.seen.isEmpty() && !QFile::exists(home.path() + "/x") && !QFile::exists("x"));
   }
 };
 

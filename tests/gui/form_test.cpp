@@ -1,121 +1,174 @@
-// The main window right after start, and its two switches.
-#include <QCheckBox>
-#include <QComboBox>
-#include <QGroupBox>
-#include <QHeaderView>
-#include <QLabel>
-#include <QProgressBar>
-#include <QPushButton>
-#include <QTest>
-#include <QTreeWidget>
-
+// The main window: its form as one table, its state after start, its two
+// switches, its size on a desktop and its texts in two languages.
+#include "graphical_start.h"
 #include "gui_support.h"
-#include "vorn.h"
+#include "samples.h"
+
+namespace {
+
+// Where a widget sits in a layout: "row,column" in a grid, the position in
+// a box, joined by "/" through nested layouts.
+QString place(QLayout* layout, QWidget* widget) {
+  for (int i = 0; i < layout->count(); ++i) {
+    int row, column, rows, columns;
+    auto* grid = qobject_cast<QGridLayout*>(layout);
+    if (grid) grid->getItemPosition(i, &row, &column, &rows, &columns);
+    const QString here = grid ? QString("%1,%2").arg(row).arg(column) : QString::number(i);
+    QLayoutItem* item = layout->itemAt(i);
+    const QString inner = item->layout() ? place(item->layout(), widget) : QString();
+    if (item->widget() == widget || !inner.isEmpty()) return inner.isEmpty() ? here : here + "/" + inner;
+  }
+  return QString();
+}
+
+// clang-format off
+const struct { const char *name, *className, *parent, *text, *place, *toolTip; } kForm[] = {
+    {"gcGroup", "QGroupBox", "VornBase", "Garbage Collection", "1,0", ""},
+    {"gcDeleteIndex", "QCheckBox", "gcGroup", "delete Index File", "0", ""},
+    {"gcButton", "QPushButton", "gcGroup", "Exec", "2", "Collect the garbage of the selected box file, then restart"},
+    {"fileGroup", "QGroupBox", "VornBase", "", "0,0", ""},
+    {"appLabel", "QLabel", "fileGroup", "Application", "0", ""},
+    {"appliCombo", "QComboBox", "fileGroup", "", "1", ""},
+    {"storLabel", "QLabel", "fileGroup", "Storage", "2", ""},
+    {"storageCombo", "QComboBox", "fileGroup", "", "3", ""},
+    {"anOnlyChk", "QCheckBox", "fileGroup", "", "5", "Analyse only: hide garbage collection"},
+    {"anGroup", "QGroupBox", "VornBase", "Analyze", "2,0", ""},
+    {"progress", "QProgressBar", "anGroup", "", "1,0", ""},
+    {"result", "QTreeWidget", "anGroup", "", "2,0", ""},
+    {"anVerbose", "QCheckBox", "anGroup", "Verbose", "0,0/0", ""},
+    {"anNoisy", "QCheckBox", "anGroup", "Noisy", "0,0/1", ""},
+    {"anDebug", "QCheckBox", "anGroup", "Debug", "0,0/2", ""},
+    {"chkBXD", "QCheckBox", "anGroup", "BXD", "0,0/3", ""},
+    {"anButton", "QPushButton", "anGroup", "Exec", "0,0/5", "Analyse the selected box file and list its findings"},
+};
+// clang-format on
+
+}  // namespace
 
 class FormTest : public QObject {
   Q_OBJECT
 
  private slots:
-  void formAloneIsBuiltButNotFilled() {
-    VornBase unnamed;
-    QCOMPARE(unnamed.objectName(), QStringLiteral("VornBase"));
-    VornBase named(nullptr, "mine");
-    QCOMPARE(named.objectName(), QStringLiteral("mine"));
-    QCOMPARE(unnamed.windowTitle(), QStringLiteral("Vorn2"));
-    QCOMPARE(unnamed.size(), QSize(526, 274));
-    QCOMPARE(unnamed.appliCombo->count(), 0);
-    QCOMPARE(unnamed.progress->maximum(), 300);
-    QCOMPARE(unnamed.result->columnCount(), 8);
-    QCOMPARE(unnamed.result->headerItem()->text(2), QStringLiteral("Context"));
-    QVERIFY(unnamed.result->isColumnHidden(3) && unnamed.result->isColumnHidden(7));
-    QVERIFY(!unnamed.result->isColumnHidden(2));
-    QCOMPARE(unnamed.result->minimumSize(), QSize(0, 40));
-    QVERIFY(unnamed.result->rootIsDecorated() && unnamed.result->allColumnsShowFocus());
-    QCOMPARE(unnamed.result->header()->sortIndicatorSection(), 3);
-    QVERIFY(unnamed.fileGroup->isFlat());
-    QCOMPARE(unnamed.fileGroup->title(), QString());
+  void widgetsOfTheForm_data() { indexRows(kForm); }
+  void widgetsOfTheForm() {
+    QFETCH(int, i);
+    VornBase form;
+    auto* widget = form.findChild<QWidget*>(kForm[i].name);
+    QVERIFY(widget);
+    const QString text = widget->property(qobject_cast<QGroupBox*>(widget) ? "title" : "text").toString();
+    QCOMPARE(
+        QStringList({widget->metaObject()->className(), widget->parentWidget()->objectName(), text,
+                     place(widget->parentWidget()->layout(), widget), widget->toolTip()}),
+        QStringList({kForm[i].className, kForm[i].parent, kForm[i].text, kForm[i].place, kForm[i].toolTip}));
   }
 
-  void widgetsAreNamedByTheirMembers() {
-    TempHome home;
-    Vorn w;
-    const QList<QPair<QWidget*, const char*>> members = {
-        {w.gcGroup, "gcGroup"},     {w.gcDeleteIndex, "gcDeleteIndex"},
-        {w.gcButton, "gcButton"},   {w.fileGroup, "fileGroup"},
-        {w.appLabel, "appLabel"},   {w.appliCombo, "appliCombo"},
-        {w.storLabel, "storLabel"}, {w.storageCombo, "storageCombo"},
-        {w.anOnlyChk, "anOnlyChk"}, {w.anGroup, "anGroup"},
-        {w.progress, "progress"},   {w.result, "result"},
-        {w.anVerbose, "anVerbose"}, {w.anNoisy, "anNoisy"},
-        {w.anDebug, "anDebug"},     {w.chkBXD, "chkBXD"},
-        {w.anButton, "anButton"}};
-    for (const auto& [widget, name] : members) {
-      QCOMPARE(widget->objectName(), QString::fromLatin1(name));
-      QCOMPARE(w.findChild<QWidget*>(QString::fromLatin1(name)), widget);
-    }
-    QCOMPARE(w.gcButton->text(), QStringLiteral("Exec"));
-    QCOMPARE(w.anButton->text(), QStringLiteral("Exec"));
-    QCOMPARE(w.gcButton->parentWidget(), w.gcGroup);
-    QCOMPARE(w.anButton->parentWidget(), w.anGroup);
-    QCOMPARE(w.gcGroup->title(), QStringLiteral("Garbage Collection"));
-    QCOMPARE(w.anGroup->title(), QStringLiteral("Analyze"));
-    QCOMPARE(w.gcDeleteIndex->text(), QStringLiteral("delete Index File"));
+  void formAloneIsBuiltButNotFilled() {
+    VornBase form;
+    QCOMPARE(form.windowTitle() + " " + QString::number(form.progress->maximum()), "Vorn2 300");
+    QCOMPARE(form.size(), QSize(526, 274));  // the handheld's
+    QCOMPARE(form.appliCombo->count() + form.storageCombo->count(), 0);
+    QVERIFY(!form.appliCombo->isEditable() && !form.storageCombo->isEditable() &&
+            form.result->allColumnsShowFocus());
+    QStringList shown;
+    for (int c = 0; c < form.result->columnCount(); ++c)
+      shown << (form.result->isColumnHidden(c) ? "-" : form.result->headerItem()->text(c));
+    QCOMPARE(shown.join(' '), "Index ID Context - - - - -");
   }
 
   void stateAfterStart() {
     TempHome home;
     Vorn w;
     w.show();
-    QCOMPARE(w.windowTitle(), QStringLiteral("Vorn2 ver1.0"));
-    QCOMPARE(w.appliCombo->count(), 7);
-    QCOMPARE(w.appliCombo->currentText(), QStringLiteral("Calendar"));
-    QCOMPARE(w.appliCombo->itemText(6), QStringLiteral("Other Boxes"));
-    QCOMPARE(w.storageCombo->currentText(), QStringLiteral("Main"));
-    QVERIFY(!w.storageCombo->isEnabled());
-    for (QCheckBox* box : {w.gcDeleteIndex, w.anOnlyChk, w.anVerbose, w.anNoisy, w.anDebug, w.chkBXD}) {
-      QVERIFY(!box->isChecked());
-    }
-    QVERIFY(w.anVerbose->isEnabled() && w.anNoisy->isEnabled() && w.anDebug->isEnabled());
+    QCOMPARE(w.windowTitle(), "Vorn2 ver1.0");
+    QStringList entries;
+    for (int i = 0; i < w.appliCombo->count(); ++i) entries << w.appliCombo->itemText(i);
+    QCOMPARE(entries.join(','),
+             "Calendar,AddressBook,TodoList,TextEditor,EMail inbox,EMail outbox,Other Boxes,"
+             "Open box file...");
+    QCOMPARE(w.appliCombo->currentIndex() + w.storageCombo->currentIndex(), 0);
+    QVERIFY(!w.storageCombo->isEnabled() && !w.progress->isVisible());
+    for (QCheckBox* box : w.findChildren<QCheckBox*>()) QVERIFY(!box->isChecked() && box->isEnabled());
     QVERIFY(w.gcGroup->isVisible() && w.fileGroup->isVisible() && w.anGroup->isVisible());
-    QVERIFY(!w.progress->isVisible());
   }
 
-  void focusChainReachesGarbageCollectionFirst() {
+  void switchesHideAndDisable() {
     TempHome home;
     Vorn w;
-    QWidget* next = w.nextInFocusChain();
-    int deleteIndexAt = -1, appliAt = -1;
-    for (int step = 0; step < 40 && next != &w; ++step, next = next->nextInFocusChain()) {
-      if (next == w.gcDeleteIndex && deleteIndexAt < 0) deleteIndexAt = step;
-      if (next == w.appliCombo && appliAt < 0) appliAt = step;
+    w.show();
+    QString states;
+    const auto clickAndNote = [&](QCheckBox* box) {
+      QTest::mouseClick(box, Qt::LeftButton);
+      for (QWidget* widget : QWidgetList{w.gcGroup, w.anGroup, w.anVerbose, w.anNoisy, w.anDebug})
+        states += widget->isVisible() && widget->isEnabled() ? '+' : '-';
+      states += ' ';
+    };
+    for (QCheckBox* box : {w.anOnlyChk, w.chkBXD, w.anOnlyChk, w.chkBXD}) clickAndNote(box);
+    w.chkBXD->setChecked(true);  // by program, not clicked: the options stay
+    QCOMPARE(states + QString(w.anVerbose->isEnabled() ? "+" : "-"), "-++++ -+--- ++--- +++++ +");
+  }
+
+  void desktopSizeShowsFullLists() {
+    // Every sample with every listing and card, opened up, fits the columns;
+    // fifteen rows show; a taller window lengthens the list alone.
+    TempHome home;
+    Vorn w;
+    w.resize(w.sizeHint());
+    w.show();
+    w.appliCombo->setCurrentIndex(1);
+    for (QCheckBox* box : {w.anVerbose, w.anNoisy}) box->setChecked(true);
+    for (const boxtest::Sample& sample : boxtest::samples()) {
+      home.put("KQADRS.BOX", sample.bytes);
+      w.anButton->click();
+      w.result->expandAll();
+      QVERIFY2(w.result->header()->length() <= w.result->viewport()->width(), sample.name.c_str());
     }
-    QVERIFY(deleteIndexAt >= 0 && appliAt >= 0);
-    QVERIFY(deleteIndexAt < appliAt);
+    const int rowHeight = w.result->visualItemRect(w.result->topLevelItem(0)).height();
+    QVERIFY(rowHeight > 0 && w.result->viewport()->height() >= Vorn::kDesktopRows * rowHeight);
+    const int listHeight = w.result->height();
+    w.resize(w.width(), w.height() + 200);
+    QApplication::sendPostedEvents();
+    QCOMPARE(w.result->height(), listHeight + 200);
   }
 
-  void analyseOnlyHidesGarbageCollection() {
+  void textsFollowTheLocale_data() {
+    QTest::addColumn<QString>("locale");
+    QTest::addColumn<QString>("texts");
+    const QString english = "Garbage Collection|Open box file...|&Yes|File error: Box file is not found.";
+    QTest::newRow("Japanese") << "ja_JP"
+                              << "ガベージコレクション|ボックスファイルを開く...|はい(&Y)|ファイルエラー: "
+                                 "ボックスファイルが見つかりません。";
+    for (const char* name : {"C", "en_US", "de_DE"}) QTest::newRow(name) << name << english;
+  }
+  void textsFollowTheLocale() {
+    // The window's texts, Qt's own (dialog buttons) and an action's message.
+    QFETCH(QString, locale);
+    QFETCH(QString, texts);
+    const WindowTranslations translations{QLocale(locale), "/nonexistent"};  // compiled-in
+    QCOMPARE(translations.installed(), locale == "ja_JP");
     TempHome home;
     Vorn w;
     w.show();
-    w.anOnlyChk->setChecked(true);
-    QVERIFY(!w.gcGroup->isVisible());
-    QVERIFY(w.anGroup->isVisible());
-    w.anOnlyChk->setChecked(false);
-    QVERIFY(w.gcGroup->isVisible());
+    MessageBoxAnswerer ok;
+    QTest::mouseClick(w.anButton, Qt::LeftButton);
+    QCOMPARE(QStringList({w.gcGroup->title(), w.appliCombo->itemText(7),
+                          QCoreApplication::translate("QPlatformTheme", "&Yes"),
+                          ok.texts().value(0).section('\n', 0, 0)})
+                 .join('|'),
+             texts);
   }
 
-  void bxdClickDisablesTheAnalysisOptions() {
-    TempHome home;
-    Vorn w;
-    w.show();
-    QTest::mouseClick(w.chkBXD, Qt::LeftButton);
-    QVERIFY(w.chkBXD->isChecked());
-    QVERIFY(!w.anVerbose->isEnabled() && !w.anNoisy->isEnabled() && !w.anDebug->isEnabled());
-    QTest::mouseClick(w.chkBXD, Qt::LeftButton);
-    QVERIFY(w.anVerbose->isEnabled() && w.anNoisy->isEnabled() && w.anDebug->isEnabled());
-    // Set by program, not clicked: the options stay as they are.
-    w.chkBXD->setChecked(true);
-    QVERIFY(w.anVerbose->isEnabled());
+  void installedTranslationComesFirst() {
+    // A translation file where the program installs them is taken before
+    // the compiled-in copy.
+    QTemporaryDir dir;
+    QFile ts(dir.path() + "/vorn_ja.ts");
+    QVERIFY(ts.open(QIODevice::WriteOnly));
+    ts.write(R"(<TS version="2.1" language="ja"><context><name>VornBase</name><message>
+        <source>Garbage Collection</source><translation>installed</translation></message></context></TS>)");
+    ts.close();
+    QCOMPARE(QProcess::execute(VORN_LRELEASE, {"-silent", ts.fileName()}), 0);
+    const WindowTranslations installed{QLocale("ja_JP"), dir.path()};
+    QCOMPARE(VornBase().gcGroup->title(), "installed");
   }
 };
 

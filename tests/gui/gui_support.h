@@ -1,107 +1,177 @@
-// Helpers for the window tests: a temporary HOME holding box files, and
-// answerers for the modal message boxes and the popup menu.
+// Helpers for the window tests: a HOME of the test's own holding box files,
+// answerers for the modal message boxes and the popup menus, standard error
+// taken into a file, and the window's state as text.
 #pragma once
 
-#include <QApplication>
-#include <QDir>
-#include <QFile>
-#include <QList>
-#include <QMenu>
-#include <QMessageBox>
-#include <QPushButton>
-#include <QTemporaryDir>
-#include <QTest>
-#include <QTimer>
+#include <unistd.h>
+
+#include <QtTest>
+#include <QtWidgets>
+
+#include <cstdio>
+#include <functional>
 
 #include "box_builder.h"
+#include "vorn.h"
 
-// A fresh HOME for one test, with the main box directory in it.
+// The window tests run offscreen unless told otherwise.
+inline const bool kOffscreen =
+    qEnvironmentVariableIsSet("QT_QPA_PLATFORM") || qputenv("QT_QPA_PLATFORM", "offscreen");
+
+// A fresh HOME (named as given) with the main box directory and the
+// window's settings in it, for one test.
 class TempHome {
  public:
-  TempHome() : old_(qgetenv("HOME")) {
-    qputenv("HOME", dir_.path().toLocal8Bit());
+  explicit TempHome(const QString& name = "home") : path_(dir_.path() + "/" + name), old_(qgetenv("HOME")) {
     QDir().mkpath(boxDir());
+    qputenv("HOME", QFile::encodeName(path_));
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, path_ + "/.config");
   }
   ~TempHome() { qputenv("HOME", old_); }
-  QString path() const { return dir_.path(); }
-  QString boxDir() const { return dir_.path() + QStringLiteral("/Applications/bxd/"); }
+  QString path() const { return path_; }
+  QString boxDir() const { return path_ + "/Applications/bxd/"; }
   QString put(const QString& name, const boxtest::Bytes& bytes) const {
-    QFile file(boxDir() + name);
-    file.open(QIODevice::WriteOnly);
-    file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<qint64>(bytes.size()));
-    return file.fileName();
+    return write(boxDir() + name, bytes);
+  }
+  static QString write(const QString& path, const boxtest::Bytes& bytes) {
+    boxtest::writeFile(QFile::encodeName(path).toStdString(), bytes);
+    return path;
   }
   void writeConfig(const QString& name, const QByteArray& text) const {
-    QDir().mkpath(path() + QStringLiteral("/Settings"));
-    QFile file(path() + QStringLiteral("/Settings/") + name + QStringLiteral(".conf"));
-    file.open(QIODevice::WriteOnly);
-    file.write(text);
+    QDir().mkpath(path_ + "/Settings");
+    write(path_ + "/Settings/" + name + ".conf", boxtest::Bytes(text.begin(), text.end()));
   }
 
  private:
   QTemporaryDir dir_;
+  QString path_;
   QByteArray old_;
 };
 
-// Answers the message boxes that open, in turn, with the given answers (the
-// last one for every further box) and records their captions and texts;
-// QMessageBox::Escape answers with the escape key's button.
+// Answers the message boxes that open, in turn, by keys: R Return and E
+// Escape pressed on the focused button as a user does, Y Yes and N No
+// clicked (the last key for every further box; a box without the button is
+// escaped).  Records what each box showed, and busy() as it opened.
 class MessageBoxAnswerer : public QObject {
  public:
   struct Seen {
-    QString caption;
-    QString text;
+    QString text, details;
+    bool busy;
   };
-  explicit MessageBoxAnswerer(QMessageBox::StandardButton answer = QMessageBox::Ok)
-      : MessageBoxAnswerer(QList<QMessageBox::StandardButton>{answer}) {}
-  explicit MessageBoxAnswerer(QList<QMessageBox::StandardButton> answers) : answers_(answers) {
-    connect(&timer_, &QTimer::timeout, this, [this] {
+  explicit MessageBoxAnswerer(
+      const QString& keys = "R", std::function<bool()> busy = [] { return false; }) {
+    connect(&timer_, &QTimer::timeout, this, [this, keys, busy] {
       auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
       if (!box || !box->isVisible()) return;
-      const QMessageBox::StandardButton answer =
-          answers_[std::min<qsizetype>(seen.size(), answers_.size() - 1)];
-      seen.append({box->windowTitle(), box->text()});
-      QAbstractButton* button = answer == QMessageBox::Escape ? box->escapeButton() : box->button(answer);
-      if (button) {
-        button->click();
-      } else {
-        box->reject();
-      }
+      seen.append({box->windowTitle() + ": " + box->text(), box->detailedText(), busy()});
+      const QChar key = keys[std::min(seen.size(), keys.size()) - 1];
+      QWidget* focus = box->isAncestorOf(QApplication::focusWidget()) ? QApplication::focusWidget() : box;
+      if (key == 'R' || key == 'E')
+        return QTest::keyClick(focus, key == 'R' ? Qt::Key_Return : Qt::Key_Escape);
+      QAbstractButton* button = box->button(key == 'Y' ? QMessageBox::Yes : QMessageBox::No);
+      button ? button->click() : QTest::keyClick(focus, Qt::Key_Escape);
     });
     timer_.start(5);
+  }
+  QStringList texts() const {
+    QStringList out;
+    for (const Seen& s : seen) out << s.text;
+    return out;
   }
   QList<Seen> seen;
 
  private:
-  QList<QMessageBox::StandardButton> answers_;
   QTimer timer_;
 };
 
-// Answers the next popup menu: triggers the entry with `text`, or closes the
-// menu when text is empty; records the entries it offered.
+// Answers every popup menu: chooses the entry with text or, without one,
+// clicks on clickOn outside the menu (or closes it).  Records the entries
+// offered, a disabled one in parentheses.
 class MenuAnswerer : public QObject {
  public:
-  explicit MenuAnswerer(const QString& text) : text_(text) {
-    connect(&timer_, &QTimer::timeout, this, [this] {
+  explicit MenuAnswerer(const QString& text, QWidget* clickOn = nullptr) {
+    connect(&timer_, &QTimer::timeout, this, [this, text, clickOn] {
       auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
       if (!menu) return;
-      timer_.stop();
-      for (QAction* action : menu->actions()) offered.append(action->text());
       for (QAction* action : menu->actions()) {
-        if (!text_.isEmpty() && action->text() == text_) {
-          // Chosen as a user would, so that exec() returns it.
-          menu->setActiveAction(action);
-          QTest::keyClick(menu, Qt::Key_Return);
-          return;
-        }
+        offered << (action->isEnabled() ? action->text() : "(" + action->text() + ")");
+        if (action->text() == text)
+          return menu->setActiveAction(action), QTest::keyClick(menu, Qt::Key_Return);
       }
-      menu->close();
+      if (!clickOn) return menu->close(), void();
+      QTest::mouseClick(clickOn->window()->windowHandle(), Qt::LeftButton, {},
+                        clickOn->mapTo(clickOn->window(), clickOn->rect().center()));
     });
     timer_.start(5);
   }
   QStringList offered;
 
  private:
-  QString text_;
   QTimer timer_;
 };
+
+// Standard error goes to a file while this lives; text() reads it so far.
+class StderrCapture {
+ public:
+  StderrCapture() : saved_(dup(STDERR_FILENO)) {
+    std::fflush(stderr);
+    std::freopen(QFile::encodeName(file()).constData(), "w", stderr);
+  }
+  ~StderrCapture() {
+    std::fflush(stderr);
+    dup2(saved_, STDERR_FILENO);
+    close(saved_);
+  }
+  QByteArray text() const {
+    std::fflush(stderr);
+    QFile f(file());
+    f.open(QIODevice::ReadOnly);
+    return f.readAll();
+  }
+
+ private:
+  QString file() const { return dir_.path() + "/stderr"; }
+  QTemporaryDir dir_;
+  int saved_;
+};
+
+// The three working groups as the action lock leaves them while it holds.
+inline bool groupsDisabled(const Vorn& w) {
+  return !w.gcGroup->isEnabled() && !w.anGroup->isEnabled() && !w.fileGroup->isEnabled();
+}
+
+// No action runs: the groups enabled, the focus on the application choice,
+// the progress bar hidden.
+inline bool idle(const Vorn& w) {
+  return w.gcGroup->isEnabled() && w.anGroup->isEnabled() && w.fileGroup->isEnabled() &&
+         w.focusWidget() == w.appliCombo && !w.progress->isVisible();
+}
+
+// The result list as text: every item, a child indented, its columns 0 to 4
+// (the last the mark of a red item) joined by "|", one a line.
+inline QString treeText(const QTreeWidget* list) {
+  QString text;
+  const auto add = [&text](const QTreeWidgetItem* item, const QString& indent) {
+    text += indent;
+    for (int c = 0; c < 5; ++c) text += item->text(c) + (c < 4 ? "|" : "\n");
+  };
+  for (int t = 0; t < list->topLevelItemCount(); ++t) {
+    add(list->topLevelItem(t), "");
+    for (int c = 0; c < list->topLevelItem(t)->childCount(); ++c) add(list->topLevelItem(t)->child(c), "  ");
+  }
+  return text;
+}
+
+// Chooses an application row as a user does, so that the selector hears.
+inline void choose(QComboBox* combo, int row) {
+  combo->setCurrentIndex(row);
+  emit combo->activated(row);
+}
+
+// A QtTest table of one column, the index of a row of table, each row
+// named by its first member.
+template <typename Row, size_t N>
+void indexRows(const Row (&table)[N]) {
+  QTest::addColumn<int>("i");
+  for (size_t i = 0; i < N; ++i) QTest::newRow(table[i].name) << static_cast<int>(i);
+}

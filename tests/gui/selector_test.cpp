@@ -1,117 +1,111 @@
-// The box file selector: paths, storage names and the "Other Boxes" menu.
-#include <QComboBox>
-#include <QMenu>
-#include <QTest>
-
-#include <unistd.h>
-
-#include "box_file_selecter.h"
+// The box file selector: paths, storage names, the "Other Boxes" menu and
+// "Open box file...".
 #include "gui_support.h"
+
+namespace {
+
+struct Fixture {
+  QComboBox appli, storage;
+  bool editable = (appli.setEditable(true), true);  // the selector makes it read-only
+  boxFileSelecter selector{nullptr, &appli, &storage};
+};
+
+// ~/ is the main storage directory of the test's HOME, unless home is set
+// (null: unset).
+// clang-format off
+const struct { const char *name, *home; int row, storage; const char *suffix, *path, *storageName; } kPaths[] = {
+    {"calendar box", "", 0, 0, ".box", "~/KQDATE.BOX", "Main"},
+    {"todo list indexes, upper case", "", 2, 0, "*.idx", "~/KQTODO*.IDX", "Main"},
+    {"address book ignores the SD card", "", 1, 1, ".box", "~/KQADRS.BOX", "Main"},
+    {"inbox on the SD card", "", 4, 1, ".box", "/mnt/card/QtPalmtop/bxd/kqinbox.box", "SD"},
+    {"inbox on the CF card", "", 4, 2, "*.tdx", "/mnt/cf/QtPalmtop/bxd/kqinbox*.tdx", "CF"},
+    {"outbox ignores the CF card", "", 5, 2, "*.tdx", "~/kqoutbox*.tdx", "Main"},
+    {"HOME used unchanged", "/home/z/", 0, 0, ".box", "/home/z//Applications/bxd/KQDATE.BOX", "Main"},
+    {"HOME unset", nullptr, 3, 0, ".box", "/Applications/bxd/KQMEMO.BOX", "Main"},
+    {"no choice: the calendar's", "", -1, 0, ".box", "~/KQDATE.BOX", "Main"},
+};
+// clang-format on
+
+QString dialogAnswer;
+QStringList dialogsOpened;
+QString fakeDialog(QWidget*, const QString& caption, const QString& directory, const QString& filter) {
+  dialogsOpened << caption + "|" + directory + "|" + filter;
+  return dialogAnswer;
+}
+
+}  // namespace
 
 class SelectorTest : public QObject {
   Q_OBJECT
 
-  struct Fixture {
-    QComboBox appli;
-    QComboBox storage;
-    boxFileSelecter selector{nullptr, &appli, &storage};
-    void choose(int row) {
-      appli.setCurrentIndex(row);
-      emit appli.activated(row);
-    }
-  };
-
  private slots:
+  void pathsFollowTheApplicationAndStorage_data() { indexRows(kPaths); }
   void pathsFollowTheApplicationAndStorage() {
+    QFETCH(int, i);
     TempHome home;
     Fixture f;
-    QCOMPARE(f.appli.count(), 6);
-    QVERIFY(!f.storage.isEnabled());
-    QCOMPARE(f.selector.boxFilePath(".box"), home.boxDir() + "KQDATE.BOX");
-    f.choose(2);
-    QCOMPARE(f.selector.boxFilePath("*.idx"), home.boxDir() + "KQTODO*.IDX");
-
-    f.choose(4);  // the inbox may live on a card
-    QVERIFY(f.storage.isEnabled());
-    f.storage.setCurrentIndex(1);
-    QCOMPARE(f.selector.boxFilePath(".box"), QStringLiteral("/mnt/card/QtPalmtop/bxd/kqinbox.box"));
-    QCOMPARE(f.selector.storageName(), QStringLiteral("SD"));
-    f.storage.setCurrentIndex(2);
-    QCOMPARE(f.selector.boxDir(true), QStringLiteral("/mnt/cf/QtPalmtop/bxd/"));
-    QCOMPARE(f.selector.storageName(), QStringLiteral("CF"));
-
-    // The outbox never uses the card, whatever the storage box still shows.
-    f.choose(5);
-    QVERIFY(!f.storage.isEnabled());
-    QCOMPARE(f.storage.currentIndex(), 2);
-    QCOMPARE(f.selector.boxFilePath("*.tdx"), home.boxDir() + "kqoutbox*.tdx");
-    QCOMPARE(f.selector.storageName(), QStringLiteral("Main"));
+    QVERIFY(f.appli.count() == 6 && !f.storage.isEnabled() && !f.appli.isEditable());
+    choose(&f.appli, kPaths[i].row);
+    QCOMPARE(f.storage.isEnabled(), kPaths[i].row == 4);
+    f.storage.setCurrentIndex(kPaths[i].storage);
+    if (!kPaths[i].home) qunsetenv("HOME");
+    if (kPaths[i].home && *kPaths[i].home) qputenv("HOME", kPaths[i].home);
+    QCOMPARE(f.selector.boxFilePath(kPaths[i].suffix) + " " + f.selector.storageName(),
+             QString(kPaths[i].path).replace("~/", home.boxDir()) + " " + kPaths[i].storageName);
   }
 
-  void homeIsReadEveryTimeAndUsedUnchanged() {
+  void otherBoxesOffersRegularReadableBoxFiles() {
     TempHome home;
-    Fixture f;
-    qputenv("HOME", "/home/zaurus/");
-    QCOMPARE(f.selector.boxFilePath(".box"), QStringLiteral("/home/zaurus//Applications/bxd/KQDATE.BOX"));
-    qunsetenv("HOME");
-    QCOMPARE(f.selector.boxDir(false), QStringLiteral("/Applications/bxd/"));
-  }
-
-  void menuListsRegularReadableBoxFiles() {
-    TempHome home;
-    for (const char* name : {"a.box", "B.box", "C.BOX", "D.Box", ".hidden.box", "notes.txt"}) {
-      home.put(QString::fromLatin1(name), {1});
-    }
-    QDir(home.boxDir()).mkdir(QStringLiteral("dir.box"));
-    QVERIFY(symlink((home.boxDir() + "a.box").toLocal8Bit().constData(),
-                    (home.boxDir() + "link.box").toLocal8Bit().constData()) == 0);
+    for (const char* name : {"a.box", "B.box", "C.BOX", "D.Box", ".hidden.box", "notes.txt"})
+      home.put(name, {1});
+    QDir(home.boxDir()).mkdir("dir.box");
+    QVERIFY(symlink("a.box", QFile::encodeName(home.boxDir() + "link.box").constData()) == 0);
     Fixture f;
     f.selector.activateAll();
     f.selector.activateAll();  // once only
-    QCOMPARE(f.appli.count(), 7);
-    QStringList offered;
-    for (QAction* action : f.selector.boxMenu->actions()) offered.append(action->text());
-    QCOMPARE(offered, (QStringList{"B.box", "a.box", "C.BOX"}));
+    QCOMPARE(f.appli.count(), 8);
+    {
+      MenuAnswerer cancel("none");
+      for (int row = 0; row < 6; ++row) choose(&f.appli, row);  // no menu for these
+      QCOMPARE(cancel.offered, QStringList());
+      choose(&f.appli, 6);
+      QCOMPARE(cancel.offered, (QStringList{"B.box", "a.box", "C.BOX"}));
+    }
+    QCOMPARE(f.selector.boxFilePath(".box"), home.boxDir() + "KQDATE.BOX");  // cancelled: the calendar
+    MenuAnswerer pick("a.box");
+    choose(&f.appli, 6);
+    QCOMPARE(f.appli.itemText(6) + " " + f.selector.boxFilePath("*.idx"), "a.box " + home.boxDir() + "a.box");
   }
 
-  void otherBoxesMenuChoosesOrCancels() {
+  void emptyOtherBoxesSaysSoAndKeepsTheClick() {
     TempHome home;
-    home.put("mine.box", {1});
+    Vorn w;
+    w.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&w));
+    QCursor::setPos(w.mapToGlobal(QPoint(w.width() - 5, w.height() - 5)));  // the menu opens there
+    MenuAnswerer clickOutside(QString(), w.chkBXD);
+    choose(w.appliCombo, 6);
+    QCOMPARE(clickOutside.offered, QStringList{"(No other box files in " + home.boxDir() + ")"});
+    // Back to the calendar; the click that closed the menu reached the check box.
+    QVERIFY(w.appliCombo->currentIndex() == 0 && w.chkBXD->isChecked());
+  }
+
+  void openBoxFileChoosesAFileAnywhere() {
+    TempHome home;
+    QDir().mkpath(home.path() + "/backup");
+    dialogAnswer = TempHome::write(home.path() + "/backup/Kopie.box", {1});
+    boxFileSelecter::openFileDialog = fakeDialog;
     Fixture f;
     f.selector.activateAll();
-
-    {
-      MenuAnswerer cancel(QString{});
-      f.choose(6);
-      QCOMPARE(cancel.offered, QStringList{"mine.box"});
-    }
+    choose(&f.appli, 7);
+    QCOMPARE(f.appli.currentText() + " " + f.selector.boxFilePath("*.idx"), "Kopie.box " + dialogAnswer);
+    QVERIFY(f.appli.currentIndex() == 6 && !f.selector.isFastLoad() && !f.storage.isEnabled());
+    dialogAnswer.clear();  // cancelled: the calendar again; the directory is remembered
+    choose(&f.appli, 7);
     QCOMPARE(f.appli.currentIndex(), 0);
-    QCOMPARE(f.selector.boxFilePath(".box"), home.boxDir() + "KQDATE.BOX");
-
-    {
-      MenuAnswerer pick(QStringLiteral("mine.box"));
-      f.choose(6);
-    }
-    QCOMPARE(f.appli.itemText(6), QStringLiteral("mine.box"));
-    // The chosen file itself, whatever the suffix.
-    QCOMPARE(f.selector.boxFilePath(".box"), home.boxDir() + "mine.box");
-    QCOMPARE(f.selector.boxFilePath("*.idx"), home.boxDir() + "mine.box");
-  }
-
-  void fastLoadReadsTheLauncherPreloadList() {
-    TempHome home;
-    Fixture f;
-    QVERIFY(!f.selector.isFastLoad());  // no configuration at all
-    home.writeConfig("Launcher",
-                     "[Other]\nApps = datebook\n[Preload]\nApps = Addressbook,datebook,textedit\n");
-    QVERIFY(f.selector.isFastLoad());  // Calendar: datebook
-    f.choose(1);
-    QVERIFY(!f.selector.isFastLoad());  // case matters: Addressbook
-    f.choose(3);
-    QVERIFY(f.selector.isFastLoad());
-    home.writeConfig("Launcher", "[Preload]\nOther = datebook\n");
-    f.choose(0);
-    QVERIFY(!f.selector.isFastLoad());
+    const QString filter = "|Box files (*.box *.BOX);;All files (*)";
+    QCOMPARE(dialogsOpened, (QStringList{"Open box file|" + home.boxDir() + filter,
+                                         "Open box file|" + home.path() + "/backup" + filter}));
   }
 };
 

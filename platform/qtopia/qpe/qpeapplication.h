@@ -13,6 +13,7 @@ class QPEApplication : public QApplication {
 
   // Shows w as the application's main document window.  On the handheld
   // such a window fills the screen unless nomax is set; on a desktop screen
-  // larger than the handheld's the window keeps its own size.
+  // larger than the handheld's it opens at its preferred size (sizeHint) when
+  // that is larger than its own, as far as the screen allows.
   void showMainDocumentWidget(QWidget* w, bool nomax = false);
 };

@@ -1,0 +1,287 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="ja_JP">
+<context>
+    <name>Vorn</name>
+    <message>
+        <source>File error</source>
+        <translation>ファイルエラー</translation>
+    </message>
+    <message>
+        <source>Box file cannot be read.
+%1
+%2</source>
+        <translation>ボックスファイルを読めません。
+%1
+%2</translation>
+    </message>
+    <message>
+        <source>BOX file name</source>
+        <translation>BOXファイル名</translation>
+    </message>
+    <message>
+        <source>Box file shrank while it was analysed.
+%1
+The findings end where it was cut.</source>
+        <translation>解析中にボックスファイルが縮みました。
+%1
+結果は切れた所までです。</translation>
+    </message>
+    <message>
+        <source>card %1 at 0x%2</source>
+        <translation>カード %1 (0x%2)</translation>
+    </message>
+    <message>
+        <source>The box file is unchanged.</source>
+        <translation>ボックスファイルは変更されていません。</translation>
+    </message>
+    <message>
+        <source>Code %1: the box file cannot be opened or read.
+%2</source>
+        <translation>コード %1: ボックスファイルを開けないか、読めません。
+%2</translation>
+    </message>
+    <message>
+        <source>No finding refuses it alone: its item info does not lie wholly before the first card, or it holds more cards than a box can.</source>
+        <translation>単独で拒否の原因となる項目はありません: アイテム情報が最初のカードより前に収まっていないか、カードが多すぎます。</translation>
+    </message>
+    <message>
+        <source>Code %1: refused, the box file is damaged in a way that garbage collection cannot repair:
+%2
+%3
+Its cards can be rescued into a new box file with
+  boxtool recover BROKEN.BOX NEW.BOX
+where BROKEN.BOX is %4</source>
+        <translation>コード %1: ガベージコレクションでは修復できない損傷があるため、拒否されました:
+%2
+%3
+次のコマンドでカードを新しいボックスファイルに救出できます:
+  boxtool recover BROKEN.BOX NEW.BOX
+BROKEN.BOX は %4 です</translation>
+    </message>
+    <message>
+        <source>Code %1: the collected box could not be written beside it (disk full, read-only directory or I/O error).
+%2</source>
+        <translation>コード %1: 整理したボックスを同じ場所に書き込めませんでした (ディスクの空き不足、読み取り専用のディレクトリ、または入出力エラー)。
+%2</translation>
+    </message>
+    <message>
+        <source>Code %1: the collected box could not replace the box file.
+%2</source>
+        <translation>コード %1: 整理したボックスで元のボックスファイルを置き換えられませんでした。
+%2</translation>
+    </message>
+    <message>
+        <source>Code %1: the box library gives no meaning for this code.</source>
+        <translation>コード %1: ボックスライブラリはこのコードの意味を定めていません。</translation>
+    </message>
+    <message>
+        <source>Error</source>
+        <translation>エラー</translation>
+    </message>
+    <message>
+        <source>No space in %1 strage.
+</source>
+        <translation>%1 の空き容量が足りません。
+</translation>
+    </message>
+    <message>
+        <source>Confirm</source>
+        <translation>確認</translation>
+    </message>
+    <message>
+        <source>Are you sure you want
+to exec garbage?</source>
+        <translation>ガベージコレクションを
+実行しますか?</translation>
+    </message>
+    <message>
+        <source>Garbage collection was failed.
+You should reboot.
+
+Reboot now ?</source>
+        <translation>ガベージコレクションに失敗しました。
+再起動してください。
+
+今すぐ再起動しますか?</translation>
+    </message>
+    <message>
+        <source>Garbage collection was failed.</source>
+        <translation>ガベージコレクションに失敗しました。</translation>
+    </message>
+    <message>
+        <source>Are you sure you want
+to delete Index file?
+
+If you select NO then
+contiue without deleting
+ Index file</source>
+        <translation>インデックスファイルを
+削除しますか?
+
+「いいえ」を選ぶと
+インデックスファイルを
+削除せずに続けます</translation>
+    </message>
+    <message>
+        <source>Completed</source>
+        <translation>完了</translation>
+    </message>
+    <message>
+        <source>garbage collect is completed.
+Reboot now.</source>
+        <translation>ガベージコレクションが完了しました。
+再起動します。</translation>
+    </message>
+    <message>
+        <source>Box file is not found.
+%1</source>
+        <translation>ボックスファイルが見つかりません。
+%1</translation>
+    </message>
+    <message>
+        <source>Selected Application is set FastLoad.
+Please unset fastload.</source>
+        <translation>選択したアプリケーションは高速起動に設定されています。
+高速起動を解除してください。</translation>
+    </message>
+    <message>
+        <source>BXDFileCheck Start</source>
+        <translation>BXDFileCheck 開始</translation>
+    </message>
+    <message>
+        <source>No Error</source>
+        <translation>エラーなし</translation>
+    </message>
+</context>
+<context>
+    <name>VornBase</name>
+    <message>
+        <source>Vorn2</source>
+        <translation>Vorn2</translation>
+    </message>
+    <message>
+        <source>Garbage Collection</source>
+        <translation>ガベージコレクション</translation>
+    </message>
+    <message>
+        <source>delete Index File</source>
+        <translation>インデックスファイルを削除</translation>
+    </message>
+    <message>
+        <source>Exec</source>
+        <translation>実行</translation>
+    </message>
+    <message>
+        <source>Collect the garbage of the selected box file, then restart</source>
+        <translation>選択したボックスファイルのゴミを整理し、再起動します</translation>
+    </message>
+    <message>
+        <source>Application</source>
+        <translation>アプリケーション</translation>
+    </message>
+    <message>
+        <source>Storage</source>
+        <translation>保存先</translation>
+    </message>
+    <message>
+        <source>Analyse only: hide garbage collection</source>
+        <translation>解析のみ: ガベージコレクションを隠す</translation>
+    </message>
+    <message>
+        <source>Analyze</source>
+        <translation>解析</translation>
+    </message>
+    <message>
+        <source>Index</source>
+        <translation>インデックス</translation>
+    </message>
+    <message>
+        <source>ID</source>
+        <translation>ID</translation>
+    </message>
+    <message>
+        <source>Context</source>
+        <translation>内容</translation>
+    </message>
+    <message>
+        <source>Verbose</source>
+        <translation>詳細</translation>
+    </message>
+    <message>
+        <source>Noisy</source>
+        <translation>全カード</translation>
+    </message>
+    <message>
+        <source>Debug</source>
+        <translation>デバッグ</translation>
+    </message>
+    <message>
+        <source>BXD</source>
+        <translation>BXD</translation>
+    </message>
+    <message>
+        <source>Analyse the selected box file and list its findings</source>
+        <translation>選択したボックスファイルを解析し、結果を一覧表示します</translation>
+    </message>
+</context>
+<context>
+    <name>boxFileSelecter</name>
+    <message>
+        <source>Calendar</source>
+        <translation>カレンダー</translation>
+    </message>
+    <message>
+        <source>AddressBook</source>
+        <translation>アドレス帳</translation>
+    </message>
+    <message>
+        <source>TodoList</source>
+        <translation>ToDoリスト</translation>
+    </message>
+    <message>
+        <source>TextEditor</source>
+        <translation>テキストエディタ</translation>
+    </message>
+    <message>
+        <source>EMail inbox</source>
+        <translation>メール受信箱</translation>
+    </message>
+    <message>
+        <source>EMail outbox</source>
+        <translation>メール送信箱</translation>
+    </message>
+    <message>
+        <source>Other Boxes</source>
+        <translation>その他のボックス</translation>
+    </message>
+    <message>
+        <source>Main</source>
+        <translation>本体</translation>
+    </message>
+    <message>
+        <source>SD</source>
+        <translation>SD</translation>
+    </message>
+    <message>
+        <source>CF</source>
+        <translation>CF</translation>
+    </message>
+    <message>
+        <source>Open box file</source>
+        <translation>ボックスファイルを開く</translation>
+    </message>
+    <message>
+        <source>Box files (*.box *.BOX);;All files (*)</source>
+        <translation>ボックスファイル (*.box *.BOX);;すべてのファイル (*)</translation>
+    </message>
+    <message>
+        <source>No other box files in %1</source>
+        <translation>%1 にほかのボックスファイルはありません</translation>
+    </message>
+    <message>
+        <source>Open box file...</source>
+        <translation>ボックスファイルを開く...</translation>
+    </message>
+</context>
+</TS>
