@@ -6,7 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "box_analysis.h"
 #include "findings.h"
+#include "golden.h"
 #include "report_scope.h"
 #include "reporter.h"
 
@@ -140,6 +142,25 @@ TEST_F(FindingsTest, ProgressPercentAndOnePerSecond) {
   // The time is never reset: a new run within the same second loses its first call.
   reportProgress(0, 1, 2);
   EXPECT_EQ(sink.progressCalls.size(), 4u);
+}
+
+time_t tickingClock() { return ++fakeNow; }
+
+// With a clock that lets every call through: the stages in their order, and
+// the offset table's progress counted by its runs (KQADRS has three).
+TEST_F(FindingsTest, AnAnalysisReportsItsStagesInOrder) {
+  setProgressClock(tickingClock);
+  const std::string bytes = boxtest::readGolden("KQADRS.box");
+  BoxAnalysis analysis(
+      ByteView(reinterpret_cast<const uint8_t*>(bytes.data()), static_cast<uint32_t>(bytes.size())));
+  analysis.run();
+  std::vector<int> stages, offsetTable;
+  for (const auto& [stage, percent] : sink.progressCalls) {
+    if (stages.empty() || stages.back() != stage) stages.push_back(stage);
+    if (stage == 2) offsetTable.push_back(percent);
+  }
+  EXPECT_EQ(stages, (std::vector<int>{0, 1, 2}));
+  EXPECT_EQ(offsetTable, (std::vector<int>{25, 50, 75}));
 }
 
 TEST_F(FindingsTest, DebugLinesNeedDebugAndASink) {
