@@ -14,3 +14,4 @@ struct Command {
 
 Command addCheckCommand(CLI::App& boxtool);
 Command addInfoCommand(CLI::App& boxtool);
+Command addExportCommand(CLI::App& boxtool);
