@@ -15,3 +15,4 @@ struct Command {
 Command addCheckCommand(CLI::App& boxtool);
 Command addInfoCommand(CLI::App& boxtool);
 Command addExportCommand(CLI::App& boxtool);
+Command addCompactCommand(CLI::App& boxtool);
