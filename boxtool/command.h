@@ -16,3 +16,4 @@ Command addCheckCommand(CLI::App& boxtool);
 Command addInfoCommand(CLI::App& boxtool);
 Command addExportCommand(CLI::App& boxtool);
 Command addCompactCommand(CLI::App& boxtool);
+Command addRecoverCommand(CLI::App& boxtool);

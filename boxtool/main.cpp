@@ -3,6 +3,7 @@
 //   boxtool check [--json] [--quiet] [--jobs N] BOX...
 //   boxtool info [--json] BOX
 //   boxtool export [--format json|csv] [--deleted] [--encoding NAME] [-o FILE] BOX
+//   boxtool recover [--deleted] [--fields-from SOUND.BOX] [--force] BROKEN.BOX NEW.BOX
 //   boxtool compact [--dry-run] [--backup] BOX
 //
 // A usage error exits 16; each subcommand's own exit status is its own.
@@ -24,7 +25,7 @@ int main(int argc, char** argv) {
     return "boxtool: " + std::string(e.what()) + "\nRun 'boxtool --help' for more information.\n";
   });
   const std::vector<Command> commands = {addCheckCommand(app), addInfoCommand(app), addExportCommand(app),
-                                         addCompactCommand(app)};
+                                         addRecoverCommand(app), addCompactCommand(app)};
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
