@@ -6,16 +6,24 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <sstream>
 
 #include "address_book.h"
+#include "analysis_text.h"
+#include "box_analysis.h"
 #include "box_builder.h"
 #include "golden.h"
 #include "item_info.h"
 #include "record_values.h"
+#include "report_scope.h"
+#include "reporter.h"
+#include "rescue.h"
 #include "run_vorn.h"
+#include "samples.h"
 
 #ifndef BOXTOOL_BINARY
 #error "BOXTOOL_BINARY must name the boxtool executable"
@@ -367,6 +375,202 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(CompactDryRun, TellsWhatTheCollectionDoes) {
   expectGolden("boxtool/compact_dry_run.txt", boxtool({"compact", "--dry-run", "KQADRS.box"}).out);
 }
+
+// Every file a rescue is tried on: the damaged samples and every golden box.
+std::vector<std::string> rescueInputs() {
+  std::vector<std::string> names;
+  for (const Sample& s : samples()) names.push_back("sample:" + s.name);
+  for (const auto& e : std::filesystem::directory_iterator(goldenPath("")))
+    if (e.path().extension() == ".box") names.push_back(e.path().filename());
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+Bytes inputBytes(const std::string& name) {
+  if (name.starts_with("sample:")) {
+    for (const Sample& s : samples())
+      if ("sample:" + s.name == name) return s.bytes;
+  }
+  const std::string bytes = readGolden(name);
+  return Bytes(bytes.begin(), bytes.end());
+}
+
+// The records in the given states whose values are all there, each as its
+// values' bytes.
+std::multiset<std::vector<Bytes>> recordValues(const Bytes& bytes, std::set<RecordState> states) {
+  BoxAnalysis a(ByteView(bytes.data(), static_cast<uint32_t>(bytes.size())));
+  {
+    // Delivery raises the levels that tell damaged cards from sound ones.
+    struct Silent : Reporter {
+      void message(const char*, va_list) override {}
+      void entry(int32_t, uint32_t, uint32_t, uint32_t, uint32_t, const char*, const char*,
+                 va_list) override {}
+    } silent;
+    ReportScope quiet(&silent, {});
+    a.run();
+  }
+  std::multiset<std::vector<Bytes>> out;
+  if (!a.itemInfo) return out;
+  const ByteView view = a.file.view();
+  for (const Record& r : listRecords(view, *a.chain, *a.itemInfo, true)) {
+    if (!states.count(r.state)) continue;
+    const CardValues v(view, r.offset, *a.itemInfo);
+    std::vector<Bytes> values;
+    for (int k = 0; k < v.count() && valuePresent(v, k, r.end); ++k) {
+      const uint8_t* p = view.data() + v.position(k);
+      values.emplace_back(p, p + v.length(k));
+    }
+    // A card the checks pass whose lengths the file cuts off has lost values.
+    if (values.size() == static_cast<size_t>(v.count())) out.insert(values);
+  }
+  return out;
+}
+
+class RescueOf : public testing::TestWithParam<std::string> {};
+
+TEST_P(RescueOf, ChecksCleanAndKeepsEverySoundRecord) {
+  const Bytes broken = inputBytes(GetParam());
+  const ByteView view(broken.data(), static_cast<uint32_t>(broken.size()));
+  for (const bool deleted : {false, true}) {
+    const RescuedBox r = rescueBox(view, nullptr, deleted);
+    if (!r.problem.empty()) {
+      // Only a field table that cannot be read stops a rescue.
+      EXPECT_NE(readFieldTable(view).problem, "") << r.problem;
+      continue;
+    }
+    for (const std::string& line : splitLines(analysisText(r.bytes))) {
+      unsigned code = 0;
+      if (std::sscanf(line.c_str(), " %8x", &code) == 1 && line.find("--") == std::string::npos) {
+        EXPECT_EQ(code & 0xC0000000u, 0u) << line;
+      }
+    }
+    // Every record the analysis read as sound is in the new box, values and all.
+    const auto before = recordValues(broken, {RecordState::kSound});
+    const auto after = recordValues(r.bytes, {RecordState::kSound});
+    for (const auto& record : before) EXPECT_GE(after.count(record), before.count(record));
+    EXPECT_EQ(after.size(), r.kept);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Boxes, RescueOf, testing::ValuesIn(rescueInputs()),
+                         [](const testing::TestParamInfo<std::string>& info) {
+                           std::string name = info.param;
+                           for (char& c : name)
+                             if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
+                           return name;
+                         });
+
+struct RecoverCase {
+  const char* name;
+  Bytes broken;
+  Args options;    // before BROKEN.BOX NEW.BOX
+  bool newExists;  // NEW.BOX exists before the run
+  int status;
+  std::string err;  // the start of standard error
+  bool written;     // NEW.BOX holds a new box afterwards
+};
+
+void PrintTo(const RecoverCase& c, std::ostream* os) { *os << c.name; }
+
+class Recover : public testing::TestWithParam<RecoverCase> {};
+
+TEST_P(Recover, NeverWritesTheBrokenBoxAndReplacesOnlyWhenForced) {
+  const RecoverCase& c = GetParam();
+  TempBox box(c.broken, "BROKEN.BOX");
+  const std::string sound = readGolden("KQADRS.box");
+  ASSERT_TRUE(writeFile(box.dir() + "/SOUND.BOX", Bytes(sound.begin(), sound.end())));
+  if (c.newExists) {
+    ASSERT_TRUE(writeFile(box.dir() + "/NEW.BOX", text("keep me")));
+  }
+  Args args{"recover"};
+  args.insert(args.end(), c.options.begin(), c.options.end());
+  args.insert(args.end(), {"BROKEN.BOX", "NEW.BOX"});
+  const RunResult r = boxtool(args, box.dir());
+  EXPECT_EQ(r.status, c.status) << r.err;
+  EXPECT_EQ(r.err.substr(0, c.err.size()), c.err);
+  const std::string written = readFileBytes(box.dir() + "/NEW.BOX");
+  EXPECT_EQ(readFileBytes(box.path()), std::string(c.broken.begin(), c.broken.end()));
+  if (c.written) {
+    EXPECT_EQ(boxtool({"check", "--quiet", "NEW.BOX"}, box.dir()).status & 2, 0);
+  } else {
+    EXPECT_EQ(written, c.newExists ? "keep me" : "");
+  }
+}
+
+Bytes withItemInfoDestroyed() {
+  const std::string sound = readGolden("KQADRS.box");
+  Bytes b(sound.begin(), sound.end());
+  setItemRecordLength(b, 0, 3);
+  return b;
+}
+
+Bytes golden(const char* name) {
+  const std::string bytes = readGolden(name);
+  return Bytes(bytes.begin(), bytes.end());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, Recover,
+    testing::Values(RecoverCase{"damaged", golden("GARBAGE.box"), {}, false, 0, "", true},
+                    RecoverCase{"records_dropped", golden("TRUNC.box"), {}, false, 1, "", true},
+                    RecoverCase{"new_box_exists",
+                                golden("GARBAGE.box"),
+                                {},
+                                true,
+                                4,
+                                "boxtool: NEW.BOX: exists; give --force",
+                                false},
+                    RecoverCase{"forced", golden("GARBAGE.box"), {"--force"}, true, 0, "", true},
+                    RecoverCase{"fields_unreadable",
+                                withItemInfoDestroyed(),
+                                {},
+                                false,
+                                2,
+                                "boxtool: BROKEN.BOX: the item info cannot be read (field 0 is shorter",
+                                false},
+                    RecoverCase{"fields_from_a_sound_box",
+                                withItemInfoDestroyed(),
+                                {"--fields-from", "SOUND.BOX"},
+                                false,
+                                0,
+                                "",
+                                true},
+                    RecoverCase{"fields_from_a_missing_box",
+                                withItemInfoDestroyed(),
+                                {"--fields-from", "NONE.BOX"},
+                                false,
+                                8,
+                                "boxtool: NONE.BOX: No such",
+                                false}),
+    [](const testing::TestParamInfo<RecoverCase>& info) { return info.param.name; });
+
+TEST(RecoverIntoTheBrokenBox, IsRefused) {
+  TempBox box(golden("GARBAGE.box"), "BROKEN.BOX");
+  const RunResult r = boxtool({"recover", "--force", "BROKEN.BOX", "./BROKEN.BOX"}, box.dir());
+  EXPECT_EQ(r.status, 4);
+  EXPECT_EQ(readFileBytes(box.path()), readGolden("GARBAGE.box"));
+}
+
+TEST(RecoverDeleted, RestoresTheRecordUnderAFreeId) {
+  TempBox box(bookWithADeletedCard(), "BROKEN.BOX");
+  ASSERT_EQ(boxtool({"recover", "--deleted", "BROKEN.BOX", "NEW.BOX"}, box.dir()).status, 0);
+  const auto rows = parseCsv(boxtool({"export", "--format", "csv", "NEW.BOX"}, box.dir()).out);
+  std::vector<std::string> ids;
+  for (size_t k = 1; k < rows.size(); ++k) ids.push_back(rows[k][2] + ":" + rows[k][3] + ":" + rows[k][5]);
+  EXPECT_EQ(ids, (std::vector<std::string>{"1:sound:Nakamura Emi", "2:sound:Tanaka Hiroshi",
+                                           "3:sound:Yoshida Kaori", "4:sound:Yamamoto Kenji",
+                                           "5:sound:Takahashi Mika"}));
+}
+
+class RecoverSummary : public testing::TestWithParam<std::string> {};
+
+TEST_P(RecoverSummary, MatchesTheGoldenFile) {
+  TempBox box(golden((GetParam() + ".box").c_str()), "BROKEN.BOX");
+  expectGolden("boxtool/recover_" + GetParam() + ".txt",
+               boxtool({"recover", "--deleted", "BROKEN.BOX", "NEW.BOX"}, box.dir()).out);
+}
+
+INSTANTIATE_TEST_SUITE_P(Boxes, RecoverSummary, testing::Values("TRUNC", "DUPLICATE", "GARBAGE", "BADITEMS"));
 
 struct StatusCase {
   const char* name;
