@@ -73,12 +73,14 @@ int runRecover(const RecoverArguments& args) {
     const int status = fieldsOf(args.fieldsFrom, fields);
     if (status != exit_status::kClean) return status;
   }
-  std::vector<uint8_t> bytes;
-  const std::string reason = readBoxFile(args.broken.c_str(), bytes);
-  if (!reason.empty()) return fail(args.broken, reason, exit_status::kNotAnalysed);
-
-  const RescuedBox rescued = rescueBox(ByteView(bytes.data(), static_cast<uint32_t>(bytes.size())),
-                                       args.fieldsFrom.empty() ? nullptr : &fields, args.deleted);
+  // Mapped read-only: the broken box is read, never written.
+  const BoxFile broken(args.broken.c_str());
+  if (!broken.problem.empty()) return fail(args.broken, broken.problem, exit_status::kNotAnalysed);
+  const RescuedBox rescued =
+      rescueBox(broken.view(), args.fieldsFrom.empty() ? nullptr : &fields, args.deleted);
+  // What was read from a file that shrank is partly zeros: write nothing.
+  if (broken.shrank())
+    return fail(args.broken, "the file shrank while it was being read", exit_status::kNotAnalysed);
   if (!rescued.problem.empty()) return fail(args.broken, rescued.problem, exit_status::kRefused);
 
   OutputFile out(args.target);

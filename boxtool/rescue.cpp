@@ -74,8 +74,9 @@ std::string rebuildBody(ByteView file, const Record& r, const ItemInfo& fields, 
 // field table: the analysis of these bytes traces the cards as the broken
 // box holds them, against exactly the field table the new box gets.
 struct Composite {
-  std::vector<uint8_t> bytes;
-  int64_t shift = 0;  // composite offset - broken offset
+  ByteView view;               // the bytes to trace: the broken box's, or bytes
+  std::vector<uint8_t> bytes;  // made here
+  int64_t shift = 0;           // offset traced - broken offset
 };
 
 Composite composite(ByteView broken, const std::vector<uint8_t>& itemInfo) {
@@ -85,11 +86,23 @@ Composite composite(ByteView broken, const std::vector<uint8_t>& itemInfo) {
   const uint64_t first = stated >= box::kItemInfoOffset && stated < broken.size()
                              ? stated
                              : std::min(broken.size(), box::kItemInfoOffset);
-  BoxWriter writer(itemInfo);
   Composite c;
+  // A box that holds this very field table where a sound box holds it, with
+  // the first card right behind, is traced as it stands.
+  const uint8_t* own = broken.at(box::kItemInfoOffset, itemInfo.size());
+  if (first == box::kItemInfoOffset + itemInfo.size() && own &&
+      std::equal(itemInfo.begin(), itemInfo.end(), own) &&
+      broken.u32(box::kItemInfoOffsetField) == box::kItemInfoOffset &&
+      broken.u32(box::kItemInfoSizeField) == itemInfo.size()) {
+    c.view = broken;
+    return c;
+  }
+  BoxWriter writer(itemInfo);
+  writer.reserve(box::kItemInfoOffset + itemInfo.size() + (broken.size() - first));
   c.bytes = writer.finish();
   c.shift = static_cast<int64_t>(c.bytes.size()) - static_cast<int64_t>(first);
   c.bytes.insert(c.bytes.end(), broken.data() + first, broken.data() + broken.size());
+  if (c.bytes.size() <= UINT32_MAX) c.view = ByteView(c.bytes.data(), static_cast<uint32_t>(c.bytes.size()));
   return c;
 }
 
@@ -116,35 +129,41 @@ RescuedBox rescueBox(ByteView broken, const FieldTable* fieldsFrom, bool deleted
   }
   result.fieldsMended = table.mended;
   const Composite c = composite(broken, table.itemInfo);
-  if (c.bytes.size() > UINT32_MAX) {
+  const ByteView view = c.view;
+  if (!view.data()) {
     result.problem = "the box is too large";
     return result;
   }
-  const ByteView view(c.bytes.data(), static_cast<uint32_t>(c.bytes.size()));
   BoxAnalysis a(view);
   runsClean(a);
   const ItemInfo& fields = *a.itemInfo;
   const cardChain& chain = *a.chain;
   const auto original = [&](uint32_t offset) { return static_cast<uint32_t>(int64_t{offset} - c.shift); };
 
-  // The records that can be written, with their bodies, in chain order.
+  // The records that can be written, in chain order; their bodies are made
+  // again as they are written.
   struct Kept {
     RescuedRecord record;
-    std::vector<uint8_t> body;
+    Record source;
     bool deleted;
   };
+  const std::vector<Record> records = listRecords(view, chain, fields, deleted);
   std::vector<Kept> kept;
+  kept.reserve(records.size());
   std::vector<bool> taken(box::kCardIdSpace, false);
+  std::vector<uint8_t> body;
   uint64_t covered = 0;  // card area bytes that go into the new box
-  for (const Record& r : listRecords(view, chain, fields, deleted)) {
-    Kept k{{r.card, original(r.offset), r.id, 0, ""}, {}, r.state == RecordState::kDeleted};
-    const std::string why = rebuildBody(view, r, fields, k.body);
+  uint64_t keptBytes = 0;
+  for (const Record& r : records) {
+    Kept k{{r.card, original(r.offset), r.id, 0, ""}, r, r.state == RecordState::kDeleted};
+    const std::string why = rebuildBody(view, r, fields, body);
     if (!why.empty()) {
       k.record.note = why;
       result.dropped.push_back(k.record);
       continue;
     }
     covered += r.end - r.offset;
+    keptBytes += box::kCardHeadSize + body.size();
     if (!k.deleted && !taken[r.id]) {
       taken[r.id] = true;
       k.record.newId = r.id;
@@ -158,7 +177,9 @@ RescuedBox rescueBox(ByteView broken, const FieldTable* fieldsFrom, bool deleted
 
   // Free IDs for the second holders of an ID and for the deleted records.
   uint32_t nextFree = box::kFirstNormalId;
-  std::vector<Kept> placed;
+  BoxWriter writer(table.itemInfo);
+  writer.reserve(box::kItemInfoOffset + table.itemInfo.size() + keptBytes + view.size() / 16 + 4096);
+  uint16_t maxId = 0;
   for (Kept& k : kept) {
     if (k.record.newId == 0) {
       while (nextFree <= box::kLastNormalId && taken[nextFree]) ++nextFree;
@@ -176,16 +197,11 @@ RescuedBox rescueBox(ByteView broken, const FieldTable* fieldsFrom, bool deleted
         result.renumbered.push_back(k.record);
       }
     }
-    placed.push_back(std::move(k));
-  }
-
-  BoxWriter writer(table.itemInfo);
-  uint16_t maxId = 0;
-  for (const Kept& k : placed) {
-    writer.card(k.record.newId, k.body);
+    rebuildBody(view, k.source, fields, body);
+    writer.card(k.record.newId, body);
     maxId = std::max(maxId, k.record.newId);
+    ++result.kept;
   }
-  result.kept = placed.size();
   // Offset cards for the IDs beyond the default table, 128 a card.
   for (uint32_t id = box::kFirstOffsetCardId; id <= maxId; id += box::kUsualOffsetCardEntries)
     writer.offsetCard();
