@@ -12,6 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   BoxAnalysis analysis(ByteView(data, static_cast<uint32_t>(size)));
   ReportScope scope(&sink, {});
   analysis.run();
+  if (!analysis.itemInfo) return 0;  // no bytes: nothing ran
   const ByteView view = analysis.file.view();
   const ItemInfo& fields = *analysis.itemInfo;
   RecordValue value;
