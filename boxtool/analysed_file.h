@@ -38,6 +38,12 @@ namespace exit_status {
 inline constexpr int kClean = 0;
 inline constexpr int kWarnings = 1;
 inline constexpr int kErrors = 2;  // Errors or Criticals
+// export, recover and compact: 1 the records came out incomplete (damaged
+// or dropped ones), 2 the box is too damaged for the command, 4 the output
+// could not be written (or exists and may not be replaced).
+inline constexpr int kIncomplete = 1;
+inline constexpr int kRefused = 2;
+inline constexpr int kNotWritten = 4;
 inline constexpr int kNotAnalysed = 8;
 inline constexpr int kUsage = 16;
 }  // namespace exit_status

@@ -14,3 +14,6 @@ struct Command {
 
 Command addCheckCommand(CLI::App& boxtool);
 Command addInfoCommand(CLI::App& boxtool);
+Command addExportCommand(CLI::App& boxtool);
+Command addCompactCommand(CLI::App& boxtool);
+Command addRecoverCommand(CLI::App& boxtool);

@@ -2,6 +2,9 @@
 //
 //   boxtool check [--json] [--quiet] [--jobs N] BOX...
 //   boxtool info [--json] BOX
+//   boxtool export [--format json|csv] [--deleted] [--encoding NAME] [-o FILE] BOX
+//   boxtool recover [--deleted] [--fields-from SOUND.BOX] [--force] BROKEN.BOX NEW.BOX
+//   boxtool compact [--dry-run] [--backup] BOX
 //
 // A usage error exits 16; each subcommand's own exit status is its own.
 #include <CLI/CLI.hpp>
@@ -21,7 +24,8 @@ int main(int argc, char** argv) {
   app.failure_message([](const CLI::App*, const CLI::Error& e) {
     return "boxtool: " + std::string(e.what()) + "\nRun 'boxtool --help' for more information.\n";
   });
-  const std::vector<Command> commands = {addCheckCommand(app), addInfoCommand(app)};
+  const std::vector<Command> commands = {addCheckCommand(app), addInfoCommand(app), addExportCommand(app),
+                                         addRecoverCommand(app), addCompactCommand(app)};
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {

@@ -16,6 +16,7 @@
 // card with its ID, or 0 for a free ID.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <utility>
 #include <vector>
@@ -24,6 +25,10 @@ class BoxWriter {
  public:
   // itemInfo is the whole item info: the count byte and the records.
   explicit BoxWriter(const std::vector<uint8_t>& itemInfo);
+
+  // Room for a box of this many bytes, so that a large box is laid out
+  // without moving it.
+  void reserve(size_t bytes) { out_.reserve(bytes); }
 
   // A card with a head (ID and size) and the body as it stands; returns the
   // card's file offset.

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <climits>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -13,6 +14,7 @@
 
 #include "box_format.h"
 #include "boxlib.h"
+#include "collection_refusal.h"
 #include "collector_io.h"
 #include "findings.h"
 #include "silent_analysis.h"
@@ -32,24 +34,40 @@ namespace {
 constexpr uint32_t kUnrepairableTable =
     displayCode(code::table::kNotOffsetCard | code::table::kLinkLoops | code::table::kRunPastEnd);
 
-bool repairable(const BoxAnalysis& a) {
+}  // namespace
+
+std::string collectionRefusal(const BoxAnalysis& a) {
   const uint32_t header = a.headerCheck->level;
   const uint32_t table = a.offsetTable.level;
-  if ((header | a.itemInfo->level | a.chain->level | table) & code::kCritical) return false;
+  if (header & code::kCritical) return "the box header is broken (a Critical finding)";
+  if (a.itemInfo->level & code::kCritical) return "the item info lies outside the file (a Critical finding)";
+  if (a.chain->level & code::kCritical) return "the card chain has a Critical finding";
+  if (table & code::kCritical) return "the offset table has a Critical finding";
   // The header's only Errors are its four totals, which are rewritten.
-  if (a.itemInfo->level & code::kError) return false;
-  if (a.chain->level & code::kError) return false;
-  if ((table & code::kError) && (table & kUnrepairableTable)) return false;
-  for (const CardRecord& card : a.chain->cards) {
-    if (card.level & code::kFailing) return false;
+  if (a.itemInfo->level & code::kError) return "the item info is damaged";
+  if (a.chain->level & code::kError) return "the card chain is broken: the trace gave up";
+  if ((table & code::kError) && (table & kUnrepairableTable))
+    return "the chain of offset cards is broken (a link to no offset card, a loop, or a run past the end)";
+  for (size_t i = 0; i < a.chain->cards.size(); ++i) {
+    const CardRecord& card = a.chain->cards[i];
+    if (card.level & code::kFailing) {
+      char where[96];
+      std::snprintf(where, sizeof where, "card %zu at 0x%06x, ID 0x%04x, is damaged", i, card.offset,
+                    card.id);
+      return where;
+    }
   }
   // Everything before the first card is copied as it stands, so that is
   // where the item info must lie: behind it, it could be inside a garbage
   // card that the collection drops (its place there is only unusual).
   const uint64_t first = a.headerCheck->firstCardOffset();
   const uint64_t itemInfoEnd = uint64_t{a.headerCheck->itemInfoOffset()} + a.headerCheck->itemInfoSize();
-  return first <= a.file.size && itemInfoEnd <= first && a.chain->normalCount <= UINT16_MAX;
+  if (first > a.file.size || itemInfoEnd > first) return "the item info does not lie before the first card";
+  if (a.chain->normalCount > UINT16_MAX) return "more normal cards than the header can count";
+  return "";
 }
+
+namespace {
 
 // Writes a run's entries and link at entriesAt in the new box: every entry
 // the new offset of the first card with its ID (0 for a free ID).
@@ -184,7 +202,7 @@ extern "C" int _BoxGarbageCollect(const char* path) {
 
   SilentAnalysis check(resolved);
   if (!check.ran() || check.analysis.file.shrank()) return BOX_GC_UNREADABLE;
-  if (!repairable(check.analysis)) return BOX_GC_DAMAGED;
+  if (!collectionRefusal(check.analysis).empty()) return BOX_GC_DAMAGED;
 
   struct stat st;
   if (fstat(check.analysis.file.fd, &st) != 0) return BOX_GC_UNREADABLE;

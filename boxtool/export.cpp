@@ -1,0 +1,396 @@
+// boxtool export: the records of a box file as JSON or CSV, one record per
+// normal card the trace read (and with --deleted the deleted cards that
+// still decode), each value typed by its field's data ID.
+//
+// The records are written as they are decoded, one at a time, into a buffer
+// that goes out in large pieces: nothing holds the whole document.  The
+// JSON records are formatted here rather than built as JSON objects, since
+// a box holds up to 65,279 records of a dozen values each.
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <unordered_map>
+
+#include "analysed_file.h"
+#include "command.h"
+#include "output_file.h"
+#include "printable.h"
+#include "record_values.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr int kSchema = 1;
+constexpr size_t kFlushSize = 1 << 16;
+
+struct ExportArguments {
+  std::string format = "json";
+  bool deleted = false;
+  std::string encoding = "UTF-8";
+  std::string output;
+  std::string path;
+};
+
+// Buffered writing to a stream.
+class Sink {
+ public:
+  explicit Sink(FILE* out) : out_(out) { buffer_.reserve(kFlushSize * 2); }
+  std::string& buffer() { return buffer_; }
+  void maybeFlush() {
+    if (buffer_.size() >= kFlushSize) flush();
+  }
+  void flush() {
+    if (!buffer_.empty() && std::fwrite(buffer_.data(), 1, buffer_.size(), out_) != buffer_.size())
+      failed_ = true;
+    buffer_.clear();
+  }
+  bool failed() const { return failed_ || std::ferror(out_); }
+
+ private:
+  FILE* out_;
+  std::string buffer_;
+  bool failed_ = false;
+};
+
+const char* stateName(RecordState s) {
+  switch (s) {
+    case RecordState::kSound:
+      return "sound";
+    case RecordState::kDamaged:
+      return "damaged";
+    case RecordState::kDeleted:
+      return "deleted";
+  }
+  return "sound";
+}
+
+// A JSON string of valid UTF-8.
+void appendJsonString(std::string& out, std::string_view s) {
+  static constexpr char kDigits[] = "0123456789abcdef";
+  out += '"';
+  for (const char c : s) {
+    const auto b = static_cast<unsigned char>(c);
+    if (b == '"' || b == '\\') {
+      out += '\\';
+      out += c;
+    } else if (b < 0x20) {
+      switch (b) {
+        case '\n':
+          out += "\\n";
+          break;
+        case '\r':
+          out += "\\r";
+          break;
+        case '\t':
+          out += "\\t";
+          break;
+        default:
+          out += "\\u00";
+          out += kDigits[b >> 4];
+          out += kDigits[b & 0x0F];
+      }
+    } else {
+      out += c;
+    }
+  }
+  out += '"';
+}
+
+void appendJsonValue(std::string& out, const RecordValue& v) {
+  switch (v.kind) {
+    case ValueKind::kNull:
+      out += "null";
+      break;
+    case ValueKind::kMissing:
+      out += "{\"missing\":true}";
+      break;
+    case ValueKind::kText:
+    case ValueKind::kTime:
+      appendJsonString(out, v.text);
+      break;
+    case ValueKind::kInteger:
+      out += std::to_string(v.integer);
+      break;
+    case ValueKind::kIllegalTime:
+      out += "{\"illegal_time\":\"" + v.text + "\"}";
+      break;
+    case ValueKind::kHex:
+      out += "{\"hex\":\"" + v.text + "\"}";
+      break;
+  }
+}
+
+// One CSV field; quoted when it holds a separator, a quote or a line break.
+void appendCsvField(std::string& out, std::string_view s) {
+  if (s.find_first_of(",\"\r\n") == std::string_view::npos) {
+    out += s;
+    return;
+  }
+  out += '"';
+  for (const char c : s) {
+    if (c == '"') out += '"';
+    out += c;
+  }
+  out += '"';
+}
+
+void appendCsvValue(std::string& out, const RecordValue& v) {
+  switch (v.kind) {
+    case ValueKind::kNull:
+      break;
+    case ValueKind::kMissing:
+      out += "#MISSING";
+      break;
+    case ValueKind::kText:
+    case ValueKind::kTime:
+      appendCsvField(out, v.text);
+      break;
+    case ValueKind::kInteger:
+      out += std::to_string(v.integer);
+      break;
+    case ValueKind::kIllegalTime:
+      out += "#TIME:" + v.text;
+      break;
+    case ValueKind::kHex:
+      out += "#HEX:" + v.text;
+      break;
+  }
+}
+
+std::string codeList(const std::vector<uint32_t>* codes, const char* separator, bool quoted) {
+  std::string s;
+  if (!codes) return s;
+  for (size_t k = 0; k < codes->size(); ++k) {
+    if (k) s += separator;
+    s += quoted ? format("\"%08x\"", (*codes)[k]) : format("%08x", (*codes)[k]);
+  }
+  return s;
+}
+
+// The CSV column names of the fields: their tags without trailing blanks,
+// made unique among themselves and the leading columns.
+std::vector<std::string> columnNames(const ItemInfo& fields, const std::vector<std::string>& leading) {
+  std::vector<std::string> taken = leading;
+  std::vector<std::string> names;
+  for (int k = 0; k < fields.count; ++k) {
+    std::string tag = printable(fields.entries[static_cast<size_t>(k)].tag);
+    tag.erase(tag.find_last_not_of(' ') + 1);
+    if (tag.empty()) tag = format("field%d", k);
+    std::string name = tag;
+    for (int n = 2; std::find(taken.begin(), taken.end(), name) != taken.end(); ++n)
+      name = format("%s_%d", tag.c_str(), n);
+    taken.push_back(name);
+    names.push_back(name);
+  }
+  return names;
+}
+
+class Exporter {
+ public:
+  Exporter(const AnalysedFile& file, const ExportArguments& args, ValueDecoder& decoder, Sink& sink)
+      : file_(file),
+        args_(args),
+        decoder_(decoder),
+        sink_(sink),
+        a_(*file.analysis),
+        view_(a_.file.view()),
+        fields_(*a_.itemInfo),
+        fieldProblem_(readFieldTable(view_).problem) {
+    for (const Finding& f : file.findings) {
+      if (f.isCard()) codes_[f.index].push_back(f.code);
+    }
+  }
+
+  // The number of records not sound (damaged ones and those with values missing).
+  size_t run() {
+    const bool csv = args_.format == "csv";
+    const bool values = fieldProblem_.empty();
+    csv ? csvHead(values) : jsonHead(values);
+    const std::vector<Record> records = listRecords(view_, *a_.chain, fields_, args_.deleted && values);
+    size_t incomplete = 0;
+    for (size_t n = 0; n < records.size(); ++n) {
+      if (!decodeRecord(records[n], values)) ++incomplete;
+      csv ? csvRecord(records[n], values) : jsonRecord(records[n], values, n == 0);
+      sink_.maybeFlush();
+    }
+    if (!csv) sink_.buffer() += records.empty() ? "]\n}\n" : "\n]\n}\n";
+    sink_.flush();
+    return incomplete;
+  }
+
+ private:
+  // Decodes the record's values into values_; false when one is missing or
+  // the record is damaged.
+  bool decodeRecord(const Record& r, bool withValues) {
+    bool complete = r.state != RecordState::kDamaged;
+    if (!withValues) {
+      raw_.clear();
+      const uint64_t bodyStart = std::min<uint64_t>(uint64_t{r.offset} + box::kCardHeadSize, r.end);
+      appendHex(raw_, view_.data() + bodyStart, r.end - bodyStart);
+      return false;
+    }
+    const CardValues values(view_, r.offset, fields_);
+    values_.resize(static_cast<size_t>(values.count()));
+    for (int k = 0; k < values.count(); ++k) {
+      RecordValue& v = values_[static_cast<size_t>(k)];
+      if (!valuePresent(values, k, r.end)) {
+        v.kind = ValueKind::kMissing;
+        v.text.clear();
+        complete = false;
+        continue;
+      }
+      decoder_.decode(fields_.entries[static_cast<size_t>(k)], view_.data() + values.position(k),
+                      values.length(k), v);
+    }
+    return complete;
+  }
+
+  const std::vector<uint32_t>* findCodes(int32_t card) const {
+    const auto found = codes_.find(card);
+    return found == codes_.end() ? nullptr : &found->second;
+  }
+
+  void jsonHead(bool withValues) {
+    Json box;
+    box["file"] = printable(file_.path);
+    box["size"] = a_.file.size;
+    box["encoding"] = printable(args_.encoding);
+    box["problems"] = {{"critical", file_.counts.critical},
+                       {"errors", file_.counts.errors},
+                       {"warnings", file_.counts.warnings}};
+    box["fields_unreadable"] = withValues ? Json(nullptr) : Json(fieldProblem_);
+    std::string& out = sink_.buffer();
+    out += "{\n\"schema\": " + std::to_string(kSchema) + ",\n\"box\": ";
+    out += box.dump(-1, ' ', false, Json::error_handler_t::replace);
+    out += ",\n\"fields\": [";
+    for (int k = 0; withValues && k < fields_.count; ++k) {
+      const ItemInfoEntry& e = fields_.entries[static_cast<size_t>(k)];
+      const Json field = {
+          {"index", k}, {"tag", printable(e.tag)}, {"name", printable(e.name)}, {"data_id", e.dataId}};
+      out += k ? ",\n  " : "\n  ";
+      out += field.dump(-1, ' ', false, Json::error_handler_t::replace);
+    }
+    out += withValues && fields_.count ? "\n],\n\"records\": [" : "],\n\"records\": [";
+  }
+
+  void jsonRecord(const Record& r, bool withValues, bool first) {
+    std::string& out = sink_.buffer();
+    out += first ? "\n  {\"card\":" : ",\n  {\"card\":";
+    out += std::to_string(r.card);
+    out += ",\"offset\":";
+    out += std::to_string(r.offset);
+    out += ",\"id\":";
+    out += std::to_string(r.id);
+    out += ",\"state\":\"";
+    out += stateName(r.state);
+    out += "\",\"findings\":[";
+    out += codeList(findCodes(r.card), ",", true);
+    if (!withValues) {
+      out += "],\"raw\":\"" + raw_ + "\"}";
+      return;
+    }
+    out += "],\"values\":[";
+    for (size_t k = 0; k < values_.size(); ++k) {
+      if (k) out += ',';
+      appendJsonValue(out, values_[k]);
+    }
+    out += "]}";
+  }
+
+  void csvHead(bool withValues) {
+    const std::vector<std::string> leading = {"card", "offset", "id", "state", "findings"};
+    std::vector<std::string> columns = leading;
+    if (withValues) {
+      for (const std::string& name : columnNames(fields_, leading)) columns.push_back(name);
+    } else {
+      columns.push_back("raw");
+    }
+    std::string& out = sink_.buffer();
+    for (size_t k = 0; k < columns.size(); ++k) {
+      if (k) out += ',';
+      appendCsvField(out, columns[k]);
+    }
+    out += "\r\n";
+  }
+
+  void csvRecord(const Record& r, bool withValues) {
+    std::string& out = sink_.buffer();
+    out += std::to_string(r.card);
+    out += ',';
+    out += std::to_string(r.offset);
+    out += ',';
+    out += std::to_string(r.id);
+    out += ',';
+    out += stateName(r.state);
+    out += ',';
+    out += codeList(findCodes(r.card), " ", false);
+    if (!withValues) {
+      out += ',' + raw_;
+    } else {
+      for (const RecordValue& v : values_) {
+        out += ',';
+        appendCsvValue(out, v);
+      }
+    }
+    out += "\r\n";
+  }
+
+  const AnalysedFile& file_;
+  const ExportArguments& args_;
+  ValueDecoder& decoder_;
+  Sink& sink_;
+  const BoxAnalysis& a_;
+  ByteView view_;
+  const ItemInfo& fields_;
+  std::string fieldProblem_;
+  std::unordered_map<int32_t, std::vector<uint32_t>> codes_;
+  std::vector<RecordValue> values_;
+  std::string raw_;
+};
+
+int fail(const std::string& path, const std::string& reason, int status) {
+  std::fprintf(stderr, "boxtool: %s: %s\n", printable(path).c_str(), printable(reason).c_str());
+  return status;
+}
+
+int runExport(const ExportArguments& args) {
+  ValueDecoder decoder(args.encoding);
+  if (!decoder.usable()) {
+    std::fprintf(stderr, "boxtool: --encoding: unknown encoding %s\n", printable(args.encoding).c_str());
+    return exit_status::kUsage;
+  }
+  if (!args.output.empty() && sameFile(args.output, args.path)) {
+    return fail(args.output, "is the box itself; the box is never written", exit_status::kNotWritten);
+  }
+  const AnalysedFile file(args.path);
+  if (!file.analysed()) return fail(args.path, file.reason, exit_status::kNotAnalysed);
+
+  std::unique_ptr<OutputFile> output;
+  if (!args.output.empty()) {
+    output = std::make_unique<OutputFile>(args.output);
+    if (!output->opened()) return fail(args.output, output->error, exit_status::kNotWritten);
+  }
+  Sink sink(output ? output->stream() : stdout);
+  const size_t incomplete = Exporter(file, args, decoder, sink).run();
+  if (output ? sink.failed() || !output->commit(true) : sink.failed() || std::fflush(stdout) != 0) {
+    return fail(output ? args.output : "standard output", output ? output->error : "write failed",
+                exit_status::kNotWritten);
+  }
+  return incomplete ? exit_status::kIncomplete : exit_status::kClean;
+}
+
+}  // namespace
+
+Command addExportCommand(CLI::App& boxtool) {
+  auto args = std::make_shared<ExportArguments>();
+  CLI::App* app = boxtool.add_subcommand("export", "The records of a box file as JSON or CSV");
+  app->add_option("--format", args->format, "json (default) or csv")->check(CLI::IsMember({"json", "csv"}));
+  app->add_flag("--deleted", args->deleted, "Add the deleted records the collector has not yet overwritten");
+  app->add_option("--encoding", args->encoding,
+                  "The encoding of the texts (default UTF-8; EUC-JP, SHIFT_JIS, ...)");
+  app->add_option("-o,--output", args->output, "Write to FILE instead of standard output")->type_name("FILE");
+  app->add_option("BOX", args->path, "The box file")->required()->type_name("");
+  return {app, [args] { return runExport(*args); }};
+}

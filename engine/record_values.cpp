@@ -1,0 +1,297 @@
+#include "record_values.h"
+
+#include <iconv.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <ctime>
+
+#include "box_format.h"
+#include "coding.h"
+#include "finding_codes.h"
+
+namespace {
+
+bool isUtf8Name(const std::string& name) {
+  std::string plain;
+  for (char c : name) {
+    if (c != '-' && c != '_') plain += static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+  }
+  return plain == "UTF8";
+}
+
+void appendDigits(std::string& out, long value, int width) {
+  char digits[24];
+  int n = 0;
+  const bool negative = value < 0;
+  unsigned long v = negative ? 0UL - static_cast<unsigned long>(value) : static_cast<unsigned long>(value);
+  do {
+    digits[n++] = static_cast<char>('0' + v % 10);
+    v /= 10;
+  } while (v);
+  if (negative) out += '-';
+  for (int k = n; k < width; ++k) out += '0';
+  while (n) out += digits[--n];
+}
+
+bool inRange(const TimeFields& t) {
+  static constexpr int kDays[12] = {31, 29, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  if (t.month < 0 || t.month > 11 || t.day < 1 || t.hour > 23 || t.minute > 59 || t.second > 59) return false;
+  if (t.day > kDays[t.month]) return false;
+  if (t.month == 1 && t.day == 29) {
+    const int y = 1900 + t.year;
+    return (y % 4 == 0 && y % 100 != 0) || y % 400 == 0;
+  }
+  return true;
+}
+
+// YYYY-MM-DDTHH:MM:SS.  Fields beyond their range carry over as the C
+// library's conversion carries them (January 32nd is February 1st).
+std::string isoTime(TimeFields t) {
+  if (!inRange(t)) {
+    struct tm fields = {};
+    fields.tm_sec = t.second;
+    fields.tm_min = t.minute;
+    fields.tm_hour = t.hour;
+    fields.tm_mday = t.day;
+    fields.tm_mon = t.month;
+    fields.tm_year = t.year;
+    const time_t whole = timegm(&fields);
+    struct tm normal = {};
+    gmtime_r(&whole, &normal);
+    t = {normal.tm_sec, normal.tm_min, normal.tm_hour, normal.tm_mday, normal.tm_mon, normal.tm_year, false};
+  }
+  std::string s;
+  s.reserve(19);
+  appendDigits(s, 1900L + t.year, 4);
+  s += '-';
+  appendDigits(s, t.month + 1, 2);
+  s += '-';
+  appendDigits(s, t.day, 2);
+  s += 'T';
+  appendDigits(s, t.hour, 2);
+  s += ':';
+  appendDigits(s, t.minute, 2);
+  s += ':';
+  appendDigits(s, t.second, 2);
+  return s;
+}
+
+}  // namespace
+
+bool validUtf8(const uint8_t* p, size_t length) {
+  const uint8_t* end = p + length;
+  while (p < end) {
+    const uint8_t b = *p;
+    if (b < 0x80) {
+      ++p;
+      continue;
+    }
+    size_t n;
+    uint32_t cp;
+    uint32_t least;
+    if ((b & 0xE0) == 0xC0) {
+      n = 1, cp = b & 0x1F, least = 0x80;
+    } else if ((b & 0xF0) == 0xE0) {
+      n = 2, cp = b & 0x0F, least = 0x800;
+    } else if ((b & 0xF8) == 0xF0) {
+      n = 3, cp = b & 0x07, least = 0x10000;
+    } else {
+      return false;
+    }
+    if (static_cast<size_t>(end - p) <= n) return false;
+    for (size_t k = 1; k <= n; ++k) {
+      if ((p[k] & 0xC0) != 0x80) return false;
+      cp = (cp << 6) | (p[k] & 0x3F);
+    }
+    if (cp < least || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) return false;
+    p += n + 1;
+  }
+  return true;
+}
+
+void appendHex(std::string& out, const uint8_t* bytes, size_t length) {
+  static constexpr char kDigits[] = "0123456789abcdef";
+  for (size_t k = 0; k < length; ++k) {
+    out += kDigits[bytes[k] >> 4];
+    out += kDigits[bytes[k] & 0x0F];
+  }
+}
+
+ValueDecoder::ValueDecoder(const std::string& encoding) : utf8_(isUtf8Name(encoding)) {
+  if (utf8_) return;
+  const iconv_t cd = iconv_open("UTF-8", encoding.c_str());
+  if (cd != reinterpret_cast<iconv_t>(-1)) converter_ = cd;
+}
+
+ValueDecoder::~ValueDecoder() {
+  if (converter_) iconv_close(static_cast<iconv_t>(converter_));
+}
+
+bool ValueDecoder::toText(const uint8_t* bytes, uint32_t length, std::string& out) {
+  if (utf8_) {
+    if (!validUtf8(bytes, length)) return false;
+    out.assign(reinterpret_cast<const char*>(bytes), length);
+    return true;
+  }
+  const auto cd = static_cast<iconv_t>(converter_);
+  iconv(cd, nullptr, nullptr, nullptr, nullptr);  // the initial shift state
+  // Four bytes of UTF-8 for every input byte is more than any conversion
+  // needs; the loop grows the buffer should one need more.
+  buffer_.resize(uint64_t{length} * 4 + 16);
+  char* in = const_cast<char*>(reinterpret_cast<const char*>(bytes));
+  size_t inLeft = length;
+  size_t done = 0;
+  for (;;) {
+    char* outPtr = buffer_.data() + done;
+    size_t outLeft = buffer_.size() - done;
+    const size_t r = iconv(cd, &in, &inLeft, &outPtr, &outLeft);
+    done = static_cast<size_t>(outPtr - buffer_.data());
+    if (r != static_cast<size_t>(-1)) break;
+    if (errno != E2BIG) return false;  // EILSEQ, EINVAL: not text in this encoding
+    buffer_.resize(buffer_.size() * 2);
+  }
+  // The closing shift sequence, if the encoding has one.
+  char* outPtr = buffer_.data() + done;
+  size_t outLeft = buffer_.size() - done;
+  if (iconv(cd, nullptr, nullptr, &outPtr, &outLeft) == static_cast<size_t>(-1)) return false;
+  done = static_cast<size_t>(outPtr - buffer_.data());
+  out.assign(buffer_.data(), done);
+  return true;
+}
+
+void ValueDecoder::decode(const ItemInfoEntry& field, const uint8_t* bytes, uint32_t length,
+                          RecordValue& out) {
+  out.text.clear();
+  out.integer = 0;
+  if (length == 0) {
+    out.kind = ValueKind::kNull;
+    return;
+  }
+  const uint32_t fixed = box::fixedValueLength(field.dataId);
+  if (fixed != 0 && length != fixed) {
+    out.kind = ValueKind::kHex;
+    appendHex(out.text, bytes, length);
+    return;
+  }
+  switch (field.dataId) {
+    case box::kTimeDataId: {
+      const TimeFields t = decodeTime(bytes);
+      if (t.unset) {
+        out.kind = ValueKind::kNull;
+      } else if (!timeConverts(t)) {
+        out.kind = ValueKind::kIllegalTime;
+        appendHex(out.text, bytes, length);
+      } else {
+        out.kind = ValueKind::kTime;
+        out.text = isoTime(t);
+      }
+      return;
+    }
+    case 6:
+    case box::kWeekDataId:
+    case 11:
+      out.kind = ValueKind::kInteger;
+      out.integer = bytes[0];
+      return;
+    case 8:
+      out.kind = ValueKind::kInteger;
+      out.integer = decodeFixed16(bytes);
+      return;
+    case 18:
+      out.kind = ValueKind::kInteger;
+      out.integer = decodeFixed32(bytes);
+      return;
+    default:
+      if (toText(bytes, length, out.text)) {
+        out.kind = ValueKind::kText;
+      } else {
+        out.kind = ValueKind::kHex;
+        out.text.clear();
+        appendHex(out.text, bytes, length);
+      }
+  }
+}
+
+bool bodyDecodes(const CardValues& values, const ItemInfo& fields, uint64_t end) {
+  if (values.decoded != values.count() || values.statedArea != values.areaLength) return false;
+  for (int k = 0; k < values.count(); ++k) {
+    if (!box::lengthFits(fields.entries[static_cast<size_t>(k)].dataId, values.length(k))) return false;
+    if (!values.valueIn(k, end)) return false;
+  }
+  return true;
+}
+
+std::vector<Record> listRecords(ByteView file, const cardChain& chain, const ItemInfo& fields, bool deleted) {
+  std::vector<Record> records;
+  const std::vector<CardRecord>& cards = chain.cards;
+  for (size_t i = 0; i < cards.size(); ++i) {
+    const CardRecord& card = cards[i];
+    const bool normal = box::isNormalId(card.id);
+    if (!normal && !(deleted && card.id == box::kGarbageId)) continue;
+    if (!chain.isFirstAtOffset(static_cast<int32_t>(i))) continue;
+    // The card ends where the trace read a card at a later offset.
+    uint64_t end = file.size();
+    for (size_t j = i + 1; j < cards.size(); ++j) {
+      if (cards[j].offset > card.offset) {
+        end = std::min<uint64_t>(end, cards[j].offset);
+        break;
+      }
+    }
+    Record r{static_cast<int32_t>(i), card.offset, card.id, RecordState::kSound, end};
+    if (normal) {
+      if (card.level & code::kFailing) r.state = RecordState::kDamaged;
+    } else {
+      // A deleted card's head must be whole, and its body must decode.
+      if (fields.count == 0 || uint64_t{card.offset} + box::kCardAreaOffset > end) continue;
+      if (!bodyDecodes(CardValues(file, card.offset, fields), fields, end)) continue;
+      r.state = RecordState::kDeleted;
+    }
+    records.push_back(r);
+  }
+  return records;
+}
+
+FieldTable readFieldTable(ByteView file) {
+  FieldTable table;
+  const uint32_t offset = file.u32(box::kItemInfoOffsetField).value_or(0);
+  const uint32_t firstCard = file.u32(box::kFirstCardField).value_or(0);
+  // The records end before the first card, when the header places it behind
+  // the item info; otherwise within the file.
+  const uint64_t limit = firstCard > offset && firstCard <= file.size() ? firstCard : file.size();
+  const auto count = file.u8(offset);
+  if (!count || offset >= limit) {
+    table.problem = "the item info lies outside the box file";
+    return table;
+  }
+  uint64_t p = uint64_t{offset} + box::kItemCountSize;
+  for (int i = 0; i < *count; ++i) {
+    const auto length = p + box::kItemRecordLengthSize <= limit ? file.u16(p) : std::nullopt;
+    if (!length || p + box::kItemRecordLengthSize + *length > limit) {
+      table.problem = "field " + std::to_string(i) + " of " + std::to_string(*count) + " runs past " +
+                      (limit == file.size() ? "the end of the file" : "the first card");
+      return table;
+    }
+    if (*length < box::kItemRecordFixedSize) {
+      table.problem = "field " + std::to_string(i) + " is shorter than a field description";
+      return table;
+    }
+    p += box::kItemRecordLengthSize + *length;
+  }
+  const uint8_t* start = file.data() + offset;
+  table.itemInfo.assign(start, file.data() + p);
+  // Mend the data IDs the format does not know.
+  size_t q = box::kItemCountSize;
+  for (int i = 0; i < *count; ++i) {
+    const uint32_t length = decodeFixed16(table.itemInfo.data() + q);
+    uint8_t& dataId = table.itemInfo[q + box::kItemRecordLengthSize];
+    if (dataId == 0 || dataId > box::kMaxDataId) {
+      table.mended.push_back("field " + std::to_string(i) + ": unknown data ID " + std::to_string(dataId) +
+                             " written as 3 (values of any length)");
+      dataId = 3;
+    }
+    q += box::kItemRecordLengthSize + length;
+  }
+  return table;
+}

@@ -1,0 +1,610 @@
+// Getting records out of box files: boxtool export (the sound sample's
+// records equal the generator's, golden outputs of damaged boxes, deleted
+// records), the typed values in process, and the exit statuses.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <set>
+#include <sstream>
+
+#include "address_book.h"
+#include "analysis_text.h"
+#include "box_analysis.h"
+#include "box_builder.h"
+#include "golden.h"
+#include "item_info.h"
+#include "record_values.h"
+#include "report_scope.h"
+#include "reporter.h"
+#include "rescue.h"
+#include "run_vorn.h"
+#include "samples.h"
+
+#ifndef BOXTOOL_BINARY
+#error "BOXTOOL_BINARY must name the boxtool executable"
+#endif
+
+using namespace boxtest;
+using Json = nlohmann::json;
+using Args = std::vector<std::string>;
+
+namespace {
+
+std::string readFileBytes(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+RunResult boxtool(const Args& args, const std::string& dir = goldenPath("")) {
+  return runProgram(BOXTOOL_BINARY, args, false, dir);
+}
+
+// RFC 4180 rows: quoted fields with doubled quotes, CRLF line ends.
+std::vector<std::vector<std::string>> parseCsv(const std::string& text) {
+  std::vector<std::vector<std::string>> rows(1, std::vector<std::string>(1));
+  bool quoted = false;
+  for (size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if (quoted) {
+      if (c == '"' && i + 1 < text.size() && text[i + 1] == '"') {
+        rows.back().back() += '"';
+        ++i;
+      } else if (c == '"') {
+        quoted = false;
+      } else {
+        rows.back().back() += c;
+      }
+    } else if (c == '"') {
+      quoted = true;
+    } else if (c == ',') {
+      rows.back().emplace_back();
+    } else if (c == '\r' && i + 1 < text.size() && text[i + 1] == '\n') {
+      rows.emplace_back(1);
+      ++i;
+    } else {
+      rows.back().back() += c;
+    }
+  }
+  rows.pop_back();  // behind the last line end
+  return rows;
+}
+
+// The records of an export as ID -> values, each value as the CSV shows it.
+std::map<unsigned, std::vector<std::string>> exportedRecords(const std::string& format,
+                                                             const std::string& out) {
+  std::map<unsigned, std::vector<std::string>> records;
+  if (format == "csv") {
+    const auto rows = parseCsv(out);
+    for (size_t r = 1; r < rows.size(); ++r)
+      records[static_cast<unsigned>(std::stoul(rows[r][2]))] = {rows[r].begin() + 5, rows[r].end()};
+    return records;
+  }
+  const Json document = Json::parse(out);
+  for (const Json& record : document.at("records")) {
+    std::vector<std::string> values;
+    for (const Json& v : record.at("values"))
+      values.push_back(v.is_null() ? "" : v.is_string() ? v.get<std::string>() : v.dump());
+    records[record.at("id").get<unsigned>()] = values;
+  }
+  return records;
+}
+
+// A generator value as the export must show it: texts as they are, the
+// integers little-endian, TIME values compared by encoding the shown
+// date-time again.
+std::string expectedValue(size_t field, const Bytes& bytes, const std::string& shown) {
+  if (bytes.empty()) return "";
+  switch (field) {
+    case 4:
+    case 8: {
+      unsigned y, mo, d, h, mi, s;
+      if (std::sscanf(shown.c_str(), "%4u-%2u-%2uT%2u:%2u:%2u", &y, &mo, &d, &h, &mi, &s) != 6) return "?";
+      return timeValue(y - 1900, mo - 1, d, h, mi, s) == bytes ? shown : "re-encoded differently";
+    }
+    case 5:
+    case 6:
+      return std::to_string(bytes[0]);
+    case 7:
+      return std::to_string(bytes[0] | bytes[1] << 8);
+    case 9:
+      return std::to_string(getU32(bytes, 0));
+    default:
+      return std::string(bytes.begin(), bytes.end());
+  }
+}
+
+class ExportOfTheSoundSample : public testing::TestWithParam<std::string> {};
+
+TEST_P(ExportOfTheSoundSample, GivesTheGeneratorsRecords) {
+  const RunResult r = boxtool({"export", "--format", GetParam(), "KQADRS.box"});
+  ASSERT_EQ(r.status, 0) << r.err;
+  const auto records = exportedRecords(GetParam(), r.out);
+  size_t expected = 0;
+  for (unsigned id = 1; id <= 700; ++id) {
+    if (id % 50 == 0) continue;  // deleted in the sample
+    ++expected;
+    const auto found = records.find(id);
+    ASSERT_NE(found, records.end()) << id;
+    const std::vector<Bytes> values = addressValues(id);
+    ASSERT_EQ(found->second.size(), values.size());
+    for (size_t k = 0; k < values.size(); ++k)
+      EXPECT_EQ(found->second[k], expectedValue(k, values[k], found->second[k]))
+          << "ID " << id << " field " << k;
+  }
+  EXPECT_EQ(records.size(), expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, ExportOfTheSoundSample, testing::Values("json", "csv"));
+
+struct GoldenExport {
+  std::string name;  // the golden file under tests/data/boxtool/
+  Args args;
+};
+
+void PrintTo(const GoldenExport& e, std::ostream* os) { *os << e.name; }
+
+class ExportOutput : public testing::TestWithParam<GoldenExport> {};
+
+TEST_P(ExportOutput, MatchesTheGoldenFile) {
+  expectGolden("boxtool/" + GetParam().name, boxtool(GetParam().args).out);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Boxes, ExportOutput,
+    testing::Values(
+        GoldenExport{"export_VALUES.json", {"export", "VALUES.box"}},
+        GoldenExport{"export_VALUES.csv", {"export", "--format", "csv", "VALUES.box"}},
+        GoldenExport{"export_misfits.json", {"export", "card_item_length_misfits.box"}},
+        GoldenExport{"export_size_rule.csv", {"export", "--format=csv", "card_size_rule_broken.box"}},
+        GoldenExport{"export_unreadable_fields.json", {"export", "hostile_record_length_below_6.box"}},
+        GoldenExport{"export_duplicates.csv", {"export", "--format", "csv", "census_duplicate_ids.box"}}),
+    [](const testing::TestParamInfo<GoldenExport>& info) {
+      std::string name = info.param.name;
+      std::replace(name.begin(), name.end(), '.', '_');
+      return name;
+    });
+
+// A small address book in which card ID 3 was deleted (its ID set to 0, the
+// body left as it was) and a garbage card of filler bytes follows.
+Bytes bookWithADeletedCard() {
+  BoxBuilder b = addressFields();
+  for (unsigned id = 1; id <= 5; ++id) b.card(static_cast<uint16_t>(id), addressValues(id));
+  b.garbage(30).terminator();
+  BuiltBox box = b.build();
+  setCardId(box.bytes, box.offsets[2], 0);
+  return box.bytes;
+}
+
+struct DeletedCase {
+  const char* name;
+  bool collectFirst;
+  Args options;
+  std::vector<std::string> states;  // ID:state of every record
+};
+
+void PrintTo(const DeletedCase& c, std::ostream* os) { *os << c.name; }
+
+class ExportDeleted : public testing::TestWithParam<DeletedCase> {};
+
+TEST_P(ExportDeleted, FindsWhatTheCollectorHasNotOverwritten) {
+  const DeletedCase& c = GetParam();
+  TempBox box(bookWithADeletedCard());
+  if (c.collectFirst) {
+    ASSERT_EQ(boxtool({"compact", box.path()}).status, 0);
+  }
+  const RunResult withOptions = boxtool([&] {
+    Args a{"export", "--format", "csv"};
+    a.insert(a.end(), c.options.begin(), c.options.end());
+    a.push_back(box.path());
+    return a;
+  }());
+  std::vector<std::string> states;
+  const auto rows = parseCsv(withOptions.out);
+  for (size_t k = 1; k < rows.size(); ++k) states.push_back(rows[k][2] + ":" + rows[k][3]);
+  EXPECT_EQ(states, c.states);
+  if (!rows.empty() && c.states.size() == 5) {
+    // The deleted record's values are those it was built with.
+    EXPECT_EQ(rows[3][5], "Yoshida Kaori");
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, ExportDeleted,
+    testing::Values(
+        DeletedCase{"without_the_option", false, {}, {"1:sound", "2:sound", "4:sound", "5:sound"}},
+        DeletedCase{"found", false, {"--deleted"}, {"1:sound", "2:sound", "0:deleted", "4:sound", "5:sound"}},
+        DeletedCase{
+            "gone_after_collection", true, {"--deleted"}, {"1:sound", "2:sound", "4:sound", "5:sound"}}),
+    [](const testing::TestParamInfo<DeletedCase>& info) { return info.param.name; });
+
+struct ValueCase {
+  const char* name;
+  uint8_t dataId;
+  Bytes bytes;
+  std::string encoding;
+  ValueKind kind;
+  std::string shown;  // the text, or the integer in decimal
+};
+
+void PrintTo(const ValueCase& c, std::ostream* os) { *os << c.name; }
+
+class TypedValue : public testing::TestWithParam<ValueCase> {};
+
+TEST_P(TypedValue, FollowsTheDataId) {
+  const ValueCase& c = GetParam();
+  ItemInfoEntry field;
+  field.dataId = c.dataId;
+  ValueDecoder decoder(c.encoding);
+  ASSERT_TRUE(decoder.usable());
+  RecordValue v;
+  decoder.decode(field, c.bytes.data(), static_cast<uint32_t>(c.bytes.size()), v);
+  EXPECT_EQ(static_cast<int>(v.kind), static_cast<int>(c.kind));
+  EXPECT_EQ(v.kind == ValueKind::kInteger ? std::to_string(v.integer) : v.text, c.shown);
+}
+
+const std::string kUtf8 = "UTF-8";
+
+INSTANTIATE_TEST_SUITE_P(
+    Values, TypedValue,
+    testing::Values(
+        ValueCase{"empty_is_null", 1, {}, kUtf8, ValueKind::kNull, ""},
+        ValueCase{"ascii_text", 1, text("Ann"), kUtf8, ValueKind::kText, "Ann"},
+        ValueCase{"utf8_text", 3, text("\xe3\x81\x82"), kUtf8, ValueKind::kText, "\xe3\x81\x82"},
+        ValueCase{"euc_jp_not_utf8_is_hex", 1, {0xa4, 0xa2}, kUtf8, ValueKind::kHex, "a4a2"},
+        ValueCase{"euc_jp",
+                  1,
+                  {0xa4, 0xa2, 'a'},
+                  "EUC-JP",
+                  ValueKind::kText,
+                  "\xe3\x81\x82"
+                  "a"},
+        ValueCase{"shift_jis", 2, {0x82, 0xa0}, "SHIFT_JIS", ValueKind::kText, "\xe3\x81\x82"},
+        ValueCase{"invalid_euc_jp_is_hex", 1, {0xa4}, "EUC-JP", ValueKind::kHex, "a4"},
+        ValueCase{"unknown_data_id_as_text", 0, text("x"), kUtf8, ValueKind::kText, "x"},
+        ValueCase{"time", 4, timeValue(103, 0, 2, 13, 5, 9), kUtf8, ValueKind::kTime, "2003-01-02T13:05:09"},
+        ValueCase{"time_year_above_130", 4, timeValue(203, 11, 31, 0, 0, 0), kUtf8, ValueKind::kTime,
+                  "2003-12-31T00:00:00"},
+        ValueCase{"time_unset", 4, timeValue(255, 0, 1, 0, 0, 0), kUtf8, ValueKind::kNull, ""},
+        ValueCase{"time_carried_over", 4, timeValue(103, 1, 31, 0, 0, 0), kUtf8, ValueKind::kTime,
+                  "2003-03-03T00:00:00"},
+        ValueCase{"time_illegal", 4, timeValue(250, 1, 1, 0, 0, 0), kUtf8, ValueKind::kIllegalTime,
+                  "000008a10f"},
+        ValueCase{"time_of_four_bytes_is_hex", 4, {1, 2, 3, 4}, kUtf8, ValueKind::kHex, "01020304"},
+        ValueCase{"week", 7, {6}, kUtf8, ValueKind::kInteger, "6"},
+        ValueCase{"week_out_of_range_still_shown", 7, {7}, kUtf8, ValueKind::kInteger, "7"},
+        ValueCase{"one_byte_id_6", 6, {0xff}, kUtf8, ValueKind::kInteger, "255"},
+        ValueCase{"one_byte_id_11", 11, {3}, kUtf8, ValueKind::kInteger, "3"},
+        ValueCase{"two_bytes_little_endian", 8, {0x34, 0x12}, kUtf8, ValueKind::kInteger, "4660"},
+        ValueCase{"four_bytes_little_endian", 18, {1, 0, 1, 0x80}, kUtf8, ValueKind::kInteger, "2147549185"},
+        ValueCase{"two_byte_field_of_three_is_hex", 8, {1, 2, 3}, kUtf8, ValueKind::kHex, "010203"}),
+    [](const testing::TestParamInfo<ValueCase>& info) { return info.param.name; });
+
+struct CompactCase {
+  const char* name;
+  const char* box;  // a golden box, copied
+  Args options;
+  bool bakBefore;  // a BOX.bak exists before the run
+  int status;
+  bool boxChanges;
+  std::string err;  // the start of standard error
+};
+
+void PrintTo(const CompactCase& c, std::ostream* os) { *os << c.name; }
+
+class Compact : public testing::TestWithParam<CompactCase> {};
+
+struct stat statOf(const std::string& path) {
+  struct stat st {};
+  stat(path.c_str(), &st);
+  return st;
+}
+
+TEST_P(Compact, ChangesTheBoxOnlyWhenItShould) {
+  const CompactCase& c = GetParam();
+  const std::string original = readGolden(c.box);
+  TempBox box(Bytes(original.begin(), original.end()), "KQADRS.BOX");
+  const std::string bak = box.path() + ".bak";
+  if (c.bakBefore) {
+    ASSERT_TRUE(writeFile(bak, text("old backup")));
+  }
+  // An mtime in the past, so that any write would show.
+  const timespec past[2] = {{1000000000, 0}, {1000000000, 0}};
+  ASSERT_EQ(utimensat(AT_FDCWD, box.path().c_str(), past, 0), 0);
+
+  Args args{"compact"};
+  args.insert(args.end(), c.options.begin(), c.options.end());
+  args.push_back("KQADRS.BOX");
+  const RunResult r = boxtool(args, box.dir());
+  EXPECT_EQ(r.status, c.status) << r.err;
+  EXPECT_EQ(r.err.substr(0, c.err.size()), c.err);
+  const std::string after = readFileBytes(box.path());
+  EXPECT_EQ(after != original, c.boxChanges);
+  if (!c.boxChanges) {
+    EXPECT_EQ(statOf(box.path()).st_mtim.tv_sec, past[0].tv_sec);
+  }
+  if (c.bakBefore) {
+    EXPECT_EQ(readFileBytes(bak), "old backup");
+  } else {
+    // A backup holds the old bytes, and is there only when the box changed.
+    const bool wanted =
+        std::find(c.options.begin(), c.options.end(), "--backup") != c.options.end() && c.boxChanges;
+    EXPECT_EQ(access(bak.c_str(), F_OK) == 0, wanted);
+    if (wanted) {
+      EXPECT_EQ(readFileBytes(bak), original);
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, Compact,
+    testing::Values(
+        CompactCase{"collects", "KQADRS.box", {}, false, 0, true, ""},
+        CompactCase{"dry_run_writes_nothing", "KQADRS.box", {"--dry-run"}, false, 0, false, ""},
+        CompactCase{
+            "dry_run_with_backup_writes_nothing", "KQADRS.box", {"-n", "--backup"}, false, 0, false, ""},
+        CompactCase{"backup_keeps_the_old_bytes", "KQADRS.box", {"--backup"}, false, 0, true, ""},
+        CompactCase{"backup_never_replaced",
+                    "KQADRS.box",
+                    {"--backup"},
+                    true,
+                    4,
+                    false,
+                    "boxtool: KQADRS.BOX.bak: exists"},
+        CompactCase{"damaged_refused_pointing_to_recover",
+                    "SALVAGE.box",
+                    {"--backup"},
+                    false,
+                    2,
+                    false,
+                    "boxtool: KQADRS.BOX: the collector refuses this box: card 49 at 0x0019d2, ID "
+                    "0x0000, is damaged\nboxtool: 'boxtool recover KQADRS.BOX NEW.BOX'"},
+        CompactCase{"damaged_dry_run_refused_too",
+                    "TRUNC.box",
+                    {"--dry-run"},
+                    false,
+                    2,
+                    false,
+                    "boxtool: KQADRS.BOX: the collector refuses this box: the card chain is broken"}),
+    [](const testing::TestParamInfo<CompactCase>& info) { return info.param.name; });
+
+TEST(CompactDryRun, TellsWhatTheCollectionDoes) {
+  expectGolden("boxtool/compact_dry_run.txt", boxtool({"compact", "--dry-run", "KQADRS.box"}).out);
+}
+
+// Every file a rescue is tried on: the damaged samples and every golden box.
+std::vector<std::string> rescueInputs() {
+  std::vector<std::string> names;
+  for (const Sample& s : samples()) names.push_back("sample:" + s.name);
+  for (const auto& e : std::filesystem::directory_iterator(goldenPath("")))
+    if (e.path().extension() == ".box") names.push_back(e.path().filename());
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+Bytes inputBytes(const std::string& name) {
+  if (name.starts_with("sample:")) {
+    for (const Sample& s : samples())
+      if ("sample:" + s.name == name) return s.bytes;
+  }
+  const std::string bytes = readGolden(name);
+  return Bytes(bytes.begin(), bytes.end());
+}
+
+// The records in the given states whose values are all there, each as its
+// values' bytes.
+std::multiset<std::vector<Bytes>> recordValues(const Bytes& bytes, std::set<RecordState> states) {
+  BoxAnalysis a(ByteView(bytes.data(), static_cast<uint32_t>(bytes.size())));
+  {
+    // Delivery raises the levels that tell damaged cards from sound ones.
+    struct Silent : Reporter {
+      void message(const char*, va_list) override {}
+      void entry(int32_t, uint32_t, uint32_t, uint32_t, uint32_t, const char*, const char*,
+                 va_list) override {}
+    } silent;
+    ReportScope quiet(&silent, {});
+    a.run();
+  }
+  std::multiset<std::vector<Bytes>> out;
+  if (!a.itemInfo) return out;
+  const ByteView view = a.file.view();
+  for (const Record& r : listRecords(view, *a.chain, *a.itemInfo, true)) {
+    if (!states.count(r.state)) continue;
+    const CardValues v(view, r.offset, *a.itemInfo);
+    std::vector<Bytes> values;
+    for (int k = 0; k < v.count() && valuePresent(v, k, r.end); ++k) {
+      const uint8_t* p = view.data() + v.position(k);
+      values.emplace_back(p, p + v.length(k));
+    }
+    // A card the checks pass whose lengths the file cuts off has lost values.
+    if (values.size() == static_cast<size_t>(v.count())) out.insert(values);
+  }
+  return out;
+}
+
+class RescueOf : public testing::TestWithParam<std::string> {};
+
+TEST_P(RescueOf, ChecksCleanAndKeepsEverySoundRecord) {
+  const Bytes broken = inputBytes(GetParam());
+  const ByteView view(broken.data(), static_cast<uint32_t>(broken.size()));
+  for (const bool deleted : {false, true}) {
+    const RescuedBox r = rescueBox(view, nullptr, deleted);
+    if (!r.problem.empty()) {
+      // Only a field table that cannot be read stops a rescue.
+      EXPECT_NE(readFieldTable(view).problem, "") << r.problem;
+      continue;
+    }
+    for (const std::string& line : splitLines(analysisText(r.bytes))) {
+      unsigned code = 0;
+      if (std::sscanf(line.c_str(), " %8x", &code) == 1 && line.find("--") == std::string::npos) {
+        EXPECT_EQ(code & 0xC0000000u, 0u) << line;
+      }
+    }
+    // Every record the analysis read as sound is in the new box, values and all.
+    const auto before = recordValues(broken, {RecordState::kSound});
+    const auto after = recordValues(r.bytes, {RecordState::kSound});
+    for (const auto& record : before) EXPECT_GE(after.count(record), before.count(record));
+    EXPECT_EQ(after.size(), r.kept);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Boxes, RescueOf, testing::ValuesIn(rescueInputs()),
+                         [](const testing::TestParamInfo<std::string>& info) {
+                           std::string name = info.param;
+                           for (char& c : name)
+                             if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
+                           return name;
+                         });
+
+struct RecoverCase {
+  const char* name;
+  Bytes broken;
+  Args options;    // before BROKEN.BOX NEW.BOX
+  bool newExists;  // NEW.BOX exists before the run
+  int status;
+  std::string err;  // the start of standard error
+  bool written;     // NEW.BOX holds a new box afterwards
+};
+
+void PrintTo(const RecoverCase& c, std::ostream* os) { *os << c.name; }
+
+class Recover : public testing::TestWithParam<RecoverCase> {};
+
+TEST_P(Recover, NeverWritesTheBrokenBoxAndReplacesOnlyWhenForced) {
+  const RecoverCase& c = GetParam();
+  TempBox box(c.broken, "BROKEN.BOX");
+  const std::string sound = readGolden("KQADRS.box");
+  ASSERT_TRUE(writeFile(box.dir() + "/SOUND.BOX", Bytes(sound.begin(), sound.end())));
+  if (c.newExists) {
+    ASSERT_TRUE(writeFile(box.dir() + "/NEW.BOX", text("keep me")));
+  }
+  Args args{"recover"};
+  args.insert(args.end(), c.options.begin(), c.options.end());
+  args.insert(args.end(), {"BROKEN.BOX", "NEW.BOX"});
+  const RunResult r = boxtool(args, box.dir());
+  EXPECT_EQ(r.status, c.status) << r.err;
+  EXPECT_EQ(r.err.substr(0, c.err.size()), c.err);
+  const std::string written = readFileBytes(box.dir() + "/NEW.BOX");
+  EXPECT_EQ(readFileBytes(box.path()), std::string(c.broken.begin(), c.broken.end()));
+  if (c.written) {
+    EXPECT_EQ(boxtool({"check", "--quiet", "NEW.BOX"}, box.dir()).status & 2, 0);
+  } else {
+    EXPECT_EQ(written, c.newExists ? "keep me" : "");
+  }
+}
+
+Bytes withItemInfoDestroyed() {
+  const std::string sound = readGolden("KQADRS.box");
+  Bytes b(sound.begin(), sound.end());
+  setItemRecordLength(b, 0, 3);
+  return b;
+}
+
+Bytes golden(const char* name) {
+  const std::string bytes = readGolden(name);
+  return Bytes(bytes.begin(), bytes.end());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, Recover,
+    testing::Values(RecoverCase{"damaged", golden("GARBAGE.box"), {}, false, 0, "", true},
+                    RecoverCase{"records_dropped", golden("TRUNC.box"), {}, false, 1, "", true},
+                    RecoverCase{"new_box_exists",
+                                golden("GARBAGE.box"),
+                                {},
+                                true,
+                                4,
+                                "boxtool: NEW.BOX: exists; give --force",
+                                false},
+                    RecoverCase{"forced", golden("GARBAGE.box"), {"--force"}, true, 0, "", true},
+                    RecoverCase{"fields_unreadable",
+                                withItemInfoDestroyed(),
+                                {},
+                                false,
+                                2,
+                                "boxtool: BROKEN.BOX: the item info cannot be read (field 0 is shorter",
+                                false},
+                    RecoverCase{"fields_from_a_sound_box",
+                                withItemInfoDestroyed(),
+                                {"--fields-from", "SOUND.BOX"},
+                                false,
+                                0,
+                                "",
+                                true},
+                    RecoverCase{"fields_from_a_missing_box",
+                                withItemInfoDestroyed(),
+                                {"--fields-from", "NONE.BOX"},
+                                false,
+                                8,
+                                "boxtool: NONE.BOX: No such",
+                                false}),
+    [](const testing::TestParamInfo<RecoverCase>& info) { return info.param.name; });
+
+TEST(RecoverIntoTheBrokenBox, IsRefused) {
+  TempBox box(golden("GARBAGE.box"), "BROKEN.BOX");
+  const RunResult r = boxtool({"recover", "--force", "BROKEN.BOX", "./BROKEN.BOX"}, box.dir());
+  EXPECT_EQ(r.status, 4);
+  EXPECT_EQ(readFileBytes(box.path()), readGolden("GARBAGE.box"));
+}
+
+TEST(RecoverDeleted, RestoresTheRecordUnderAFreeId) {
+  TempBox box(bookWithADeletedCard(), "BROKEN.BOX");
+  ASSERT_EQ(boxtool({"recover", "--deleted", "BROKEN.BOX", "NEW.BOX"}, box.dir()).status, 0);
+  const auto rows = parseCsv(boxtool({"export", "--format", "csv", "NEW.BOX"}, box.dir()).out);
+  std::vector<std::string> ids;
+  for (size_t k = 1; k < rows.size(); ++k) ids.push_back(rows[k][2] + ":" + rows[k][3] + ":" + rows[k][5]);
+  EXPECT_EQ(ids, (std::vector<std::string>{"1:sound:Nakamura Emi", "2:sound:Tanaka Hiroshi",
+                                           "3:sound:Yoshida Kaori", "4:sound:Yamamoto Kenji",
+                                           "5:sound:Takahashi Mika"}));
+}
+
+class RecoverSummary : public testing::TestWithParam<std::string> {};
+
+TEST_P(RecoverSummary, MatchesTheGoldenFile) {
+  TempBox box(golden((GetParam() + ".box").c_str()), "BROKEN.BOX");
+  expectGolden("boxtool/recover_" + GetParam() + ".txt",
+               boxtool({"recover", "--deleted", "BROKEN.BOX", "NEW.BOX"}, box.dir()).out);
+}
+
+INSTANTIATE_TEST_SUITE_P(Boxes, RecoverSummary, testing::Values("TRUNC", "DUPLICATE", "GARBAGE", "BADITEMS"));
+
+struct StatusCase {
+  const char* name;
+  Args args;
+  int status;
+  std::string err;  // the start of standard error
+};
+
+void PrintTo(const StatusCase& c, std::ostream* os) { *os << c.name; }
+
+class RecordsStatus : public testing::TestWithParam<StatusCase> {};
+
+TEST_P(RecordsStatus, SaysWhatHappened) {
+  const StatusCase& c = GetParam();
+  const RunResult r = boxtool(c.args);
+  EXPECT_EQ(r.status, c.status) << r.err;
+  EXPECT_EQ(r.err.substr(0, c.err.size()), c.err);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, RecordsStatus,
+    testing::Values(
+        StatusCase{"export_sound", {"export", "KQADRS.box"}, 0, ""},
+        StatusCase{"export_damaged_records", {"export", "GARBAGE.box"}, 1, ""},
+        StatusCase{"export_missing_box", {"export", "missing.box"}, 8, "boxtool: missing.box: No such"},
+        StatusCase{"export_unknown_encoding",
+                   {"export", "--encoding", "NO-SUCH-CODE", "KQADRS.box"},
+                   16,
+                   "boxtool: --encoding: unknown encoding"},
+        StatusCase{"export_unknown_format", {"export", "--format", "xml", "KQADRS.box"}, 16, "boxtool: "},
+        StatusCase{"export_into_the_box_itself",
+                   {"export", "-o", "KQADRS.box", "KQADRS.box"},
+                   4,
+                   "boxtool: KQADRS.box: is the box itself"}),
+    [](const testing::TestParamInfo<StatusCase>& info) { return info.param.name; });
+
+}  // namespace

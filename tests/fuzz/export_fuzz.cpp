@@ -1,0 +1,34 @@
+// The export of records over any bytes held in memory: every record the
+// trace lists is decoded, its values typed, in UTF-8 and in EUC-JP.
+#include "box_analysis.h"
+#include "fuzz_support.h"
+#include "record_values.h"
+#include "report_scope.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  static fuzz::FormattingSink sink;
+  static ValueDecoder utf8("UTF-8");
+  static ValueDecoder eucJp("EUC-JP");
+  BoxAnalysis analysis(ByteView(data, static_cast<uint32_t>(size)));
+  ReportScope scope(&sink, {});
+  analysis.run();
+  if (!analysis.itemInfo) return 0;  // no bytes: nothing ran
+  const ByteView view = analysis.file.view();
+  const ItemInfo& fields = *analysis.itemInfo;
+  RecordValue value;
+  readFieldTable(view);
+  for (const Record& r : listRecords(view, *analysis.chain, fields, true)) {
+    if (r.end > view.size() || r.offset > r.end) __builtin_trap();
+    const CardValues values(view, r.offset, fields);
+    for (int k = 0; k < values.count(); ++k) {
+      if (!valuePresent(values, k, r.end)) continue;
+      const ItemInfoEntry& field = fields.entries[static_cast<size_t>(k)];
+      utf8.decode(field, view.data() + values.position(k), values.length(k), value);
+      if (value.kind == ValueKind::kText &&
+          !validUtf8(reinterpret_cast<const uint8_t*>(value.text.data()), value.text.size()))
+        __builtin_trap();
+      eucJp.decode(field, view.data() + values.position(k), values.length(k), value);
+    }
+  }
+  return 0;
+}
