@@ -66,35 +66,33 @@ const char* stateName(RecordState s) {
   return "sound";
 }
 
-// A JSON string of valid UTF-8.
+// A JSON string of valid UTF-8.  Runs of characters that need no escape
+// are appended whole.
 void appendJsonString(std::string& out, std::string_view s) {
   static constexpr char kDigits[] = "0123456789abcdef";
   out += '"';
-  for (const char c : s) {
-    const auto b = static_cast<unsigned char>(c);
+  size_t plain = 0;  // start of the run not yet appended
+  for (size_t i = 0; i < s.size(); ++i) {
+    const auto b = static_cast<unsigned char>(s[i]);
+    if (b != '"' && b != '\\' && b >= 0x20) continue;
+    out.append(s, plain, i - plain);
+    plain = i + 1;
     if (b == '"' || b == '\\') {
       out += '\\';
-      out += c;
-    } else if (b < 0x20) {
-      switch (b) {
-        case '\n':
-          out += "\\n";
-          break;
-        case '\r':
-          out += "\\r";
-          break;
-        case '\t':
-          out += "\\t";
-          break;
-        default:
-          out += "\\u00";
-          out += kDigits[b >> 4];
-          out += kDigits[b & 0x0F];
-      }
+      out += static_cast<char>(b);
+    } else if (b == '\n') {
+      out += "\\n";
+    } else if (b == '\r') {
+      out += "\\r";
+    } else if (b == '\t') {
+      out += "\\t";
     } else {
-      out += c;
+      out += "\\u00";
+      out += kDigits[b >> 4];
+      out += kDigits[b & 0x0F];
     }
   }
+  out.append(s, plain, std::string_view::npos);
   out += '"';
 }
 

@@ -41,11 +41,15 @@ __attribute__((format(printf, 1, 2))) std::string describe(const char* fmt, ...)
   return s;
 }
 
-// The new body of a record, or the reason it cannot have one.
-std::string rebuildBody(ByteView file, const Record& r, const ItemInfo& fields, std::vector<uint8_t>& body) {
+uint32_t itemLengthSize(uint32_t length) { return length < 0x80 ? 1 : length < 0x8000 ? 2 : 4; }
+
+// Why a record cannot be written, or "" when it can; then its new body's
+// size goes to *size.
+std::string whyNotKept(ByteView file, const Record& r, const ItemInfo& fields, uint64_t* size) {
   const CardValues values(file, r.offset, fields);
   if (values.decoded < values.count())
     return describe("the item length of value %d lies beyond the end of the file", values.decoded);
+  uint64_t bytes = 4;
   for (int k = 0; k < values.count(); ++k) {
     if (!box::lengthFits(fields.entries[static_cast<size_t>(k)].dataId, values.length(k)))
       return describe("the length of value %d does not fit its field", k);
@@ -55,19 +59,26 @@ std::string rebuildBody(ByteView file, const Record& r, const ItemInfo& fields, 
                           : "value %d lies beyond the card's end (where the next card begins)",
                       k);
     }
+    bytes += itemLengthSize(values.length(k)) + values.length(k);
   }
-  std::vector<uint8_t> area;
-  for (int k = 0; k < values.count(); ++k) appendItemLength(area, values.length(k));
+  *size = bytes;
+  return "";
+}
+
+// The new body of a record that whyNotKept() accepted: the word before the
+// stated area length as the card had it, the area length and the lengths
+// in their shortest encoding, then the values.
+void rebuildBody(ByteView file, const Record& r, const ItemInfo& fields, std::vector<uint8_t>& body) {
+  const CardValues values(file, r.offset, fields);
   body.clear();
-  // The word before the stated area length is kept as the card had it.
   appendFixed16(body, file.u16(uint64_t{r.offset} + box::kCardHeadSize).value_or(0));
-  appendFixed16(body, static_cast<uint16_t>(area.size()));
-  body.insert(body.end(), area.begin(), area.end());
+  appendFixed16(body, 0);
+  for (int k = 0; k < values.count(); ++k) appendItemLength(body, values.length(k));
+  encodeFixed16(body.data() + 2, static_cast<uint16_t>(body.size() - 4));
   for (int k = 0; k < values.count(); ++k) {
     const uint8_t* v = file.data() + values.position(k);
     body.insert(body.end(), v, v + values.length(k));
   }
-  return "";
 }
 
 // The broken box's card area behind a fresh header, default table and the
@@ -140,39 +151,39 @@ RescuedBox rescueBox(ByteView broken, const FieldTable* fieldsFrom, bool deleted
   const cardChain& chain = *a.chain;
   const auto original = [&](uint32_t offset) { return static_cast<uint32_t>(int64_t{offset} - c.shift); };
 
-  // The records that can be written, in chain order; their bodies are made
-  // again as they are written.
+  // The records that can be written, in chain order, each with its new ID
+  // (0 until one is given); their bodies are made as they are written.
   struct Kept {
-    RescuedRecord record;
-    Record source;
-    bool deleted;
+    const Record* source;
+    uint16_t newId;
   };
   const std::vector<Record> records = listRecords(view, chain, fields, deleted);
+  const auto rescued = [&](const Record& r, uint16_t newId, const std::string& note) {
+    return RescuedRecord{r.card, original(r.offset), r.id, newId, note};
+  };
   std::vector<Kept> kept;
   kept.reserve(records.size());
   std::vector<bool> taken(box::kCardIdSpace, false);
-  std::vector<uint8_t> body;
   uint64_t covered = 0;  // card area bytes that go into the new box
   uint64_t keptBytes = 0;
   for (const Record& r : records) {
-    Kept k{{r.card, original(r.offset), r.id, 0, ""}, r, r.state == RecordState::kDeleted};
-    const std::string why = rebuildBody(view, r, fields, body);
+    uint64_t size = 0;
+    const std::string why = whyNotKept(view, r, fields, &size);
     if (!why.empty()) {
-      k.record.note = why;
-      result.dropped.push_back(k.record);
+      result.dropped.push_back(rescued(r, 0, why));
       continue;
     }
     covered += r.end - r.offset;
-    keptBytes += box::kCardHeadSize + body.size();
-    if (!k.deleted && !taken[r.id]) {
+    keptBytes += box::kCardHeadSize + size;
+    Kept k{&r, 0};
+    if (r.state != RecordState::kDeleted && !taken[r.id]) {
       taken[r.id] = true;
-      k.record.newId = r.id;
-      if (r.state == RecordState::kDamaged) {
-        k.record.note = "its lengths, area length and size rewritten from its values";
-        result.repaired.push_back(k.record);
-      }
+      k.newId = r.id;
+      if (r.state == RecordState::kDamaged)
+        result.repaired.push_back(
+            rescued(r, r.id, "its lengths, area length and size rewritten from its values"));
     }
-    kept.push_back(std::move(k));
+    kept.push_back(k);
   }
 
   // Free IDs for the second holders of an ID and for the deleted records.
@@ -180,26 +191,26 @@ RescuedBox rescueBox(ByteView broken, const FieldTable* fieldsFrom, bool deleted
   BoxWriter writer(table.itemInfo);
   writer.reserve(box::kItemInfoOffset + table.itemInfo.size() + keptBytes + view.size() / 16 + 4096);
   uint16_t maxId = 0;
+  std::vector<uint8_t> body;
   for (Kept& k : kept) {
-    if (k.record.newId == 0) {
+    const Record& r = *k.source;
+    if (k.newId == 0) {
       while (nextFree <= box::kLastNormalId && taken[nextFree]) ++nextFree;
       if (nextFree > box::kLastNormalId) {
-        k.record.note = "no free card ID is left";
-        result.dropped.push_back(k.record);
+        result.dropped.push_back(rescued(r, 0, "no free card ID is left"));
         continue;
       }
       taken[nextFree] = true;
-      k.record.newId = static_cast<uint16_t>(nextFree);
-      if (k.deleted) {
-        result.restored.push_back(k.record);
+      k.newId = static_cast<uint16_t>(nextFree);
+      if (r.state == RecordState::kDeleted) {
+        result.restored.push_back(rescued(r, k.newId, ""));
       } else {
-        k.record.note = "its ID is held by an earlier card";
-        result.renumbered.push_back(k.record);
+        result.renumbered.push_back(rescued(r, k.newId, "its ID is held by an earlier card"));
       }
     }
-    rebuildBody(view, k.source, fields, body);
-    writer.card(k.record.newId, body);
-    maxId = std::max(maxId, k.record.newId);
+    rebuildBody(view, r, fields, body);
+    writer.card(k.newId, body);
+    maxId = std::max(maxId, k.newId);
     ++result.kept;
   }
   // Offset cards for the IDs beyond the default table, 128 a card.

@@ -1,5 +1,8 @@
 #include "box_writer.h"
 
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <unordered_map>
 
@@ -12,6 +15,18 @@ BoxWriter::BoxWriter(const std::vector<uint8_t>& itemInfo) {
   out_.resize(box::kItemInfoOffset + itemInfo.size());
   std::copy(itemInfo.begin(), itemInfo.end(), out_.begin() + box::kItemInfoOffset);
   firstCard_ = static_cast<uint32_t>(out_.size());
+}
+
+void BoxWriter::reserve(size_t bytes) {
+  out_.reserve(bytes);
+#ifdef MADV_POPULATE_WRITE
+  // Only whole pages inside the reserved room; a kernel without the advice
+  // refuses it, and the pages then fault in one by one as before.
+  const auto page = static_cast<uintptr_t>(sysconf(_SC_PAGESIZE));
+  const auto from = (reinterpret_cast<uintptr_t>(out_.data() + out_.size()) + page - 1) & ~(page - 1);
+  const auto to = reinterpret_cast<uintptr_t>(out_.data() + out_.capacity()) & ~(page - 1);
+  if (to > from + (64u << 10)) madvise(reinterpret_cast<void*>(from), to - from, MADV_POPULATE_WRITE);
+#endif
 }
 
 uint32_t BoxWriter::card(uint16_t id, const std::vector<uint8_t>& body) {

@@ -28,7 +28,9 @@ class BoxWriter {
 
   // Room for a box of this many bytes, so that a large box is laid out
   // without moving it.
-  void reserve(size_t bytes) { out_.reserve(bytes); }
+  // Room for a box of that many bytes, its pages made present at once: one
+  // call instead of a page fault for every page the cards are copied into.
+  void reserve(size_t bytes);
 
   // A card with a head (ID and size) and the body as it stands; returns the
   // card's file offset.
