@@ -572,39 +572,4 @@ TEST_P(RecoverSummary, MatchesTheGoldenFile) {
 
 INSTANTIATE_TEST_SUITE_P(Boxes, RecoverSummary, testing::Values("TRUNC", "DUPLICATE", "GARBAGE", "BADITEMS"));
 
-struct StatusCase {
-  const char* name;
-  Args args;
-  int status;
-  std::string err;  // the start of standard error
-};
-
-void PrintTo(const StatusCase& c, std::ostream* os) { *os << c.name; }
-
-class RecordsStatus : public testing::TestWithParam<StatusCase> {};
-
-TEST_P(RecordsStatus, SaysWhatHappened) {
-  const StatusCase& c = GetParam();
-  const RunResult r = boxtool(c.args);
-  EXPECT_EQ(r.status, c.status) << r.err;
-  EXPECT_EQ(r.err.substr(0, c.err.size()), c.err);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Cases, RecordsStatus,
-    testing::Values(
-        StatusCase{"export_sound", {"export", "KQADRS.box"}, 0, ""},
-        StatusCase{"export_damaged_records", {"export", "GARBAGE.box"}, 1, ""},
-        StatusCase{"export_missing_box", {"export", "missing.box"}, 8, "boxtool: missing.box: No such"},
-        StatusCase{"export_unknown_encoding",
-                   {"export", "--encoding", "NO-SUCH-CODE", "KQADRS.box"},
-                   16,
-                   "boxtool: --encoding: unknown encoding"},
-        StatusCase{"export_unknown_format", {"export", "--format", "xml", "KQADRS.box"}, 16, "boxtool: "},
-        StatusCase{"export_into_the_box_itself",
-                   {"export", "-o", "KQADRS.box", "KQADRS.box"},
-                   4,
-                   "boxtool: KQADRS.box: is the box itself"}),
-    [](const testing::TestParamInfo<StatusCase>& info) { return info.param.name; });
-
 }  // namespace

@@ -107,7 +107,19 @@ INSTANTIATE_TEST_SUITE_P(
         StatusCase{"info_unreadable", {"info", "missing.box"}, 8, kMissing},
         StatusCase{"info_damaged_is_a_report", {"info", "TRUNC.box"}, 0, ""},
         StatusCase{"help", {"--help"}, 0, ""}, StatusCase{"check_help", {"check", "--help"}, 0, ""},
-        StatusCase{"version", {"--version"}, 0, ""}),
+        StatusCase{"version", {"--version"}, 0, ""},
+        StatusCase{"export_sound", {"export", "KQADRS.box"}, 0, ""},
+        StatusCase{"export_damaged_records", {"export", "GARBAGE.box"}, 1, ""},
+        StatusCase{"export_missing_box", {"export", "missing.box"}, 8, kMissing},
+        StatusCase{"export_unknown_encoding",
+                   {"export", "--encoding", "NO-SUCH-CODE", "KQADRS.box"},
+                   16,
+                   "boxtool: --encoding: unknown encoding..."},
+        StatusCase{"export_unknown_format", {"export", "--format", "xml", "KQADRS.box"}, 16, "boxtool: ..."},
+        StatusCase{"export_into_the_box_itself",
+                   {"export", "-o", "KQADRS.box", "KQADRS.box"},
+                   4,
+                   "boxtool: KQADRS.box: is the box itself..."}),
     [](const testing::TestParamInfo<StatusCase>& info) { return info.param.name; });
 
 struct GoldenRun {
