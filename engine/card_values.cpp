@@ -91,6 +91,12 @@ bool timeConverts(const TimeFields& t) {
   if (utc > INT32_MIN + kMargin && utc < INT32_MAX - kMargin && (utc < -1 - kMargin || utc > -1 + kMargin)) {
     return true;
   }
+  struct tm fields = calendarOf(t);
+  const time_t converted = mktime(&fields);
+  return converted != static_cast<time_t>(-1) && converted >= INT32_MIN && converted <= INT32_MAX;
+}
+
+struct tm calendarOf(const TimeFields& t) {
   struct tm fields;
   std::memset(&fields, 0, sizeof fields);
   fields.tm_sec = t.second;
@@ -99,6 +105,5 @@ bool timeConverts(const TimeFields& t) {
   fields.tm_mday = t.day;
   fields.tm_mon = t.month;
   fields.tm_year = t.year;
-  const time_t converted = mktime(&fields);
-  return converted != static_cast<time_t>(-1) && converted >= INT32_MIN && converted <= INT32_MAX;
+  return fields;
 }

@@ -11,6 +11,7 @@
 
 #include <array>
 #include <cstdint>
+#include <ctime>
 
 #include "byte_view.h"
 #include "item_info.h"
@@ -61,3 +62,7 @@ TimeFields decodeTime(const uint8_t* d);
 // Whether the handheld would accept the fields: mktime in the process's time
 // zone succeeds and its result fits a signed 32-bit time_t.
 bool timeConverts(const TimeFields& t);
+
+// The fields as the C library's calendar record, everything else zero
+// (daylight saving off), ready for mktime or timegm.
+struct tm calendarOf(const TimeFields& t);

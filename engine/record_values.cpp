@@ -50,13 +50,7 @@ bool inRange(const TimeFields& t) {
 // library's conversion carries them (January 32nd is February 1st).
 std::string isoTime(TimeFields t) {
   if (!inRange(t)) {
-    struct tm fields = {};
-    fields.tm_sec = t.second;
-    fields.tm_min = t.minute;
-    fields.tm_hour = t.hour;
-    fields.tm_mday = t.day;
-    fields.tm_mon = t.month;
-    fields.tm_year = t.year;
+    struct tm fields = calendarOf(t);
     const time_t whole = timegm(&fields);
     struct tm normal = {};
     gmtime_r(&whole, &normal);

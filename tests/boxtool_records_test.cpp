@@ -141,34 +141,6 @@ TEST_P(ExportOfTheSoundSample, GivesTheGeneratorsRecords) {
 
 INSTANTIATE_TEST_SUITE_P(Formats, ExportOfTheSoundSample, testing::Values("json", "csv"));
 
-struct GoldenExport {
-  std::string name;  // the golden file under tests/data/boxtool/
-  Args args;
-};
-
-void PrintTo(const GoldenExport& e, std::ostream* os) { *os << e.name; }
-
-class ExportOutput : public testing::TestWithParam<GoldenExport> {};
-
-TEST_P(ExportOutput, MatchesTheGoldenFile) {
-  expectGolden("boxtool/" + GetParam().name, boxtool(GetParam().args).out);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Boxes, ExportOutput,
-    testing::Values(
-        GoldenExport{"export_VALUES.json", {"export", "VALUES.box"}},
-        GoldenExport{"export_VALUES.csv", {"export", "--format", "csv", "VALUES.box"}},
-        GoldenExport{"export_misfits.json", {"export", "card_item_length_misfits.box"}},
-        GoldenExport{"export_size_rule.csv", {"export", "--format=csv", "card_size_rule_broken.box"}},
-        GoldenExport{"export_unreadable_fields.json", {"export", "hostile_record_length_below_6.box"}},
-        GoldenExport{"export_duplicates.csv", {"export", "--format", "csv", "census_duplicate_ids.box"}}),
-    [](const testing::TestParamInfo<GoldenExport>& info) {
-      std::string name = info.param.name;
-      std::replace(name.begin(), name.end(), '.', '_');
-      return name;
-    });
-
 // A small address book in which card ID 3 was deleted (its ID set to 0, the
 // body left as it was) and a garbage card of filler bytes follows.
 Bytes bookWithADeletedCard() {

@@ -145,6 +145,12 @@ std::vector<GoldenRun> goldenRuns() {
        {"KQADRS", "BADHEAD", "BADITEMS", "SALVAGE", "GARBAGE", "VALUES", "TRUNC", "DUPLICATE"})
     runs.push_back({"info_" + sample + ".txt", {"info", sample + ".box"}});
   runs.push_back({"info_BADHEAD.json", {"info", "--json", "BADHEAD.box"}});
+  runs.push_back({"export_VALUES.json", {"export", "VALUES.box"}});
+  runs.push_back({"export_VALUES.csv", {"export", "--format", "csv", "VALUES.box"}});
+  runs.push_back({"export_misfits.json", {"export", "card_item_length_misfits.box"}});
+  runs.push_back({"export_size_rule.csv", {"export", "--format=csv", "card_size_rule_broken.box"}});
+  runs.push_back({"export_unreadable_fields.json", {"export", "hostile_record_length_below_6.box"}});
+  runs.push_back({"export_duplicates.csv", {"export", "--format", "csv", "census_duplicate_ids.box"}});
   return runs;
 }
 
