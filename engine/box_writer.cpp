@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <unordered_map>
 
 #include "box_format.h"
 #include "coding.h"
@@ -68,28 +67,26 @@ std::vector<uint8_t> BoxWriter::finish() {
   uint32_t garbage = 0;
   uint32_t normal = 0;
   uint16_t maxId = 0;
-  std::unordered_map<uint16_t, uint32_t> firstOffset;
+  // The offset of the first card with each ID; 0 for none, since no card
+  // starts at offset 0.
+  std::vector<uint32_t> firstOffset(box::kCardIdSpace, 0);
   for (const auto& [id, at] : cards_) {
     if (id == box::kGarbageId) garbage += box::kCardHeadSize + decodeFixed32(h + at + box::kCardSizeField);
     if (box::isNormalId(id)) {
       ++normal;
       maxId = std::max(maxId, id);
     }
-    firstOffset.emplace(id, at);
+    if (firstOffset[id] == 0) firstOffset[id] = at;
   }
   uint32_t leastNull = box::kFirstNormalId;
-  while (leastNull <= box::kLastNormalId && firstOffset.count(static_cast<uint16_t>(leastNull))) ++leastNull;
+  while (leastNull <= box::kLastNormalId && firstOffset[leastNull] != 0) ++leastNull;
   encodeFixed32(h + box::kGarbageSizeField, garbage);
   encodeFixed16(h + box::kDataSizeField, static_cast<uint16_t>(normal));
   encodeFixed16(h + box::kLeastNullIdField, static_cast<uint16_t>(leastNull));
   encodeFixed16(h + box::kMaxIdField, maxId);
 
   // The default run, then one run per offset card, each linking to the next.
-  auto entryFor = [&](uint32_t id) -> uint32_t {
-    if (!box::isNormalId(id)) return 0;
-    const auto found = firstOffset.find(static_cast<uint16_t>(id));
-    return found == firstOffset.end() ? 0 : found->second;
-  };
+  auto entryFor = [&](uint32_t id) -> uint32_t { return box::isNormalId(id) ? firstOffset[id] : 0; };
   for (uint32_t id = 1; id <= box::kDefaultEntryCount; ++id) {
     encodeFixed32(h + box::defaultEntryOffset(id), entryFor(id));
   }

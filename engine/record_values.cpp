@@ -220,6 +220,7 @@ bool bodyDecodes(const CardValues& values, const ItemInfo& fields, uint64_t end)
 std::vector<Record> listRecords(ByteView file, const cardChain& chain, const ItemInfo& fields, bool deleted) {
   std::vector<Record> records;
   const std::vector<CardRecord>& cards = chain.cards;
+  records.reserve(cards.size());
   for (size_t i = 0; i < cards.size(); ++i) {
     const CardRecord& card = cards[i];
     const bool normal = box::isNormalId(card.id);
