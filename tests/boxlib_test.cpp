@@ -36,31 +36,27 @@ TEST_P(CheckCodes, SayWhichSelectedPartsFailed) {
   EXPECT_EQ(check(box.bytes, GetParam().level), GetParam().expected);
 }
 
+// A broken card fails the chain, and the census and the table no longer
+// count it as the card the header and its entry promise.
+// clang-format off
 INSTANTIATE_TEST_SUITE_P(
     Rows, CheckCodes,
-    testing::Values(CheckCase{"sound", [](BuiltBox&) {}, 255, 0},
-                    CheckCase{"wrong_total",
-                              [](BuiltBox& b) { setHeader(b.bytes, HeaderField::kDataSize, 9); }, 255,
-                              BXD_CHECK_HEADER},
-                    CheckCase{"unknown_data_id", [](BuiltBox& b) { setItemDataId(b.bytes, 0, 0); }, 255,
-                              BXD_CHECK_ITEM_INFO},
-                    // A broken card: it fails the chain, and the census and the table no
-                    // longer count it as the card the header and its entry promise.
-                    CheckCase{"broken_card",
-                              [](BuiltBox& b) { setStatedAreaLength(b.bytes, b.offsets[1], 7); }, 255,
-                              BXD_CHECK_HEADER | BXD_CHECK_CARD_CHAIN | BXD_CHECK_OFFSET_TABLE},
-                    CheckCase{"missing_entry", [](BuiltBox& b) { setDefaultEntry(b.bytes, 2, 0); }, 255,
-                              BXD_CHECK_OFFSET_TABLE},
-                    CheckCase{"level_selects_the_parts", [](BuiltBox& b) { setDefaultEntry(b.bytes, 2, 0); },
-                              BXD_CHECK_HEADER, 0},
-                    CheckCase{"laid_on_the_header",
-                              [](BuiltBox& b) {
-                                setHeader(b.bytes, HeaderField::kDefaultTable, 0x10);
-                                setDefaultEntry(b.bytes, 1, 0);
-                              },
-                              255, BXD_CHECK_HEADER | BXD_CHECK_OFFSET_TABLE},
-                    CheckCase{"empty_file", [](BuiltBox& b) { b.bytes.clear(); }, 255, BXD_CHECK_UNREADABLE}),
+    testing::Values(
+        CheckCase{"sound", [](BuiltBox&) {}, 255, 0},
+        CheckCase{"wrong_total", [](BuiltBox& b) { setHeader(b.bytes, HeaderField::kDataSize, 9); }, 255,
+                  BXD_CHECK_HEADER},
+        CheckCase{"unknown_data_id", [](BuiltBox& b) { setItemDataId(b.bytes, 0, 0); }, 255, BXD_CHECK_ITEM_INFO},
+        CheckCase{"broken_card", [](BuiltBox& b) { setStatedAreaLength(b.bytes, b.offsets[1], 7); }, 255,
+                  BXD_CHECK_HEADER | BXD_CHECK_CARD_CHAIN | BXD_CHECK_OFFSET_TABLE},
+        CheckCase{"missing_entry", [](BuiltBox& b) { setDefaultEntry(b.bytes, 2, 0); }, 255, BXD_CHECK_OFFSET_TABLE},
+        CheckCase{"level_selects_the_parts", [](BuiltBox& b) { setDefaultEntry(b.bytes, 2, 0); }, BXD_CHECK_HEADER, 0},
+        CheckCase{"laid_on_the_header", [](BuiltBox& b) {
+                    setHeader(b.bytes, HeaderField::kDefaultTable, 0x10);
+                    setDefaultEntry(b.bytes, 1, 0);
+                  }, 255, BXD_CHECK_HEADER | BXD_CHECK_OFFSET_TABLE},
+        CheckCase{"empty_file", [](BuiltBox& b) { b.bytes.clear(); }, 255, BXD_CHECK_UNREADABLE}),
     [](const testing::TestParamInfo<CheckCase>& info) { return info.param.name; });
+// clang-format on
 
 TEST(BoxLibraryCheck, MissingFileIsUnreadable) {
   EXPECT_EQ(_BXDFileCheckLevel("/nonexistent/KQDATE.BOX", 255), BXD_CHECK_UNREADABLE);

@@ -6,11 +6,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
 #include <nlohmann/json.hpp>
 #include <set>
-#include <sstream>
 
 #include "address_book.h"
 #include "analysis_text.h"
@@ -25,24 +22,11 @@
 #include "run_vorn.h"
 #include "samples.h"
 
-#ifndef BOXTOOL_BINARY
-#error "BOXTOOL_BINARY must name the boxtool executable"
-#endif
-
 using namespace boxtest;
 using Json = nlohmann::json;
 using Args = std::vector<std::string>;
 
 namespace {
-
-std::string readFileBytes(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
-RunResult boxtool(const Args& args, const std::string& dir = goldenPath("")) {
-  return runProgram(BOXTOOL_BINARY, args, false, dir);
-}
 
 // RFC 4180 rows: quoted fields with doubled quotes, CRLF line ends.
 std::vector<std::vector<std::string>> parseCsv(const std::string& text) {
@@ -121,7 +105,7 @@ std::string expectedValue(size_t field, const Bytes& bytes, const std::string& s
 class ExportOfTheSoundSample : public testing::TestWithParam<std::string> {};
 
 TEST_P(ExportOfTheSoundSample, GivesTheGeneratorsRecords) {
-  const RunResult r = boxtool({"export", "--format", GetParam(), "KQADRS.box"});
+  const RunResult r = runBoxtool({"export", "--format", GetParam(), "KQADRS.box"});
   ASSERT_EQ(r.status, 0) << r.err;
   const auto records = exportedRecords(GetParam(), r.out);
   size_t expected = 0;
@@ -167,16 +151,11 @@ TEST_P(ExportDeleted, FindsWhatTheCollectorHasNotOverwritten) {
   const DeletedCase& c = GetParam();
   TempBox box(bookWithADeletedCard());
   if (c.collectFirst) {
-    ASSERT_EQ(boxtool({"compact", box.path()}).status, 0);
+    ASSERT_EQ(runBoxtool({"compact", box.path()}).status, 0);
   }
-  const RunResult withOptions = boxtool([&] {
-    Args a{"export", "--format", "csv"};
-    a.insert(a.end(), c.options.begin(), c.options.end());
-    a.push_back(box.path());
-    return a;
-  }());
+  const auto rows =
+      parseCsv(runBoxtool(with(with({"export", "--format", "csv"}, c.options), {box.path()})).out);
   std::vector<std::string> states;
-  const auto rows = parseCsv(withOptions.out);
   for (size_t k = 1; k < rows.size(); ++k) states.push_back(rows[k][2] + ":" + rows[k][3]);
   EXPECT_EQ(states, c.states);
   if (!rows.empty() && c.states.size() == 5) {
@@ -185,14 +164,15 @@ TEST_P(ExportDeleted, FindsWhatTheCollectorHasNotOverwritten) {
   }
 }
 
+// clang-format off
 INSTANTIATE_TEST_SUITE_P(
     Cases, ExportDeleted,
     testing::Values(
         DeletedCase{"without_the_option", false, {}, {"1:sound", "2:sound", "4:sound", "5:sound"}},
         DeletedCase{"found", false, {"--deleted"}, {"1:sound", "2:sound", "0:deleted", "4:sound", "5:sound"}},
-        DeletedCase{
-            "gone_after_collection", true, {"--deleted"}, {"1:sound", "2:sound", "4:sound", "5:sound"}}),
+        DeletedCase{"gone_after_collection", true, {"--deleted"}, {"1:sound", "2:sound", "4:sound", "5:sound"}}),
     [](const testing::TestParamInfo<DeletedCase>& info) { return info.param.name; });
+// clang-format on
 
 struct ValueCase {
   const char* name;
@@ -221,6 +201,7 @@ TEST_P(TypedValue, FollowsTheDataId) {
 
 const std::string kUtf8 = "UTF-8";
 
+// clang-format off
 INSTANTIATE_TEST_SUITE_P(
     Values, TypedValue,
     testing::Values(
@@ -228,24 +209,15 @@ INSTANTIATE_TEST_SUITE_P(
         ValueCase{"ascii_text", 1, text("Ann"), kUtf8, ValueKind::kText, "Ann"},
         ValueCase{"utf8_text", 3, text("\xe3\x81\x82"), kUtf8, ValueKind::kText, "\xe3\x81\x82"},
         ValueCase{"euc_jp_not_utf8_is_hex", 1, {0xa4, 0xa2}, kUtf8, ValueKind::kHex, "a4a2"},
-        ValueCase{"euc_jp",
-                  1,
-                  {0xa4, 0xa2, 'a'},
-                  "EUC-JP",
-                  ValueKind::kText,
-                  "\xe3\x81\x82"
-                  "a"},
+        ValueCase{"euc_jp", 1, {0xa4, 0xa2, 'a'}, "EUC-JP", ValueKind::kText, "\xe3\x81\x82" "a"},
         ValueCase{"shift_jis", 2, {0x82, 0xa0}, "SHIFT_JIS", ValueKind::kText, "\xe3\x81\x82"},
         ValueCase{"invalid_euc_jp_is_hex", 1, {0xa4}, "EUC-JP", ValueKind::kHex, "a4"},
         ValueCase{"unknown_data_id_as_text", 0, text("x"), kUtf8, ValueKind::kText, "x"},
         ValueCase{"time", 4, timeValue(103, 0, 2, 13, 5, 9), kUtf8, ValueKind::kTime, "2003-01-02T13:05:09"},
-        ValueCase{"time_year_above_130", 4, timeValue(203, 11, 31, 0, 0, 0), kUtf8, ValueKind::kTime,
-                  "2003-12-31T00:00:00"},
+        ValueCase{"time_year_above_130", 4, timeValue(203, 11, 31, 0, 0, 0), kUtf8, ValueKind::kTime, "2003-12-31T00:00:00"},
         ValueCase{"time_unset", 4, timeValue(255, 0, 1, 0, 0, 0), kUtf8, ValueKind::kNull, ""},
-        ValueCase{"time_carried_over", 4, timeValue(103, 1, 31, 0, 0, 0), kUtf8, ValueKind::kTime,
-                  "2003-03-03T00:00:00"},
-        ValueCase{"time_illegal", 4, timeValue(250, 1, 1, 0, 0, 0), kUtf8, ValueKind::kIllegalTime,
-                  "000008a10f"},
+        ValueCase{"time_carried_over", 4, timeValue(103, 1, 31, 0, 0, 0), kUtf8, ValueKind::kTime, "2003-03-03T00:00:00"},
+        ValueCase{"time_illegal", 4, timeValue(250, 1, 1, 0, 0, 0), kUtf8, ValueKind::kIllegalTime, "000008a10f"},
         ValueCase{"time_of_four_bytes_is_hex", 4, {1, 2, 3, 4}, kUtf8, ValueKind::kHex, "01020304"},
         ValueCase{"week", 7, {6}, kUtf8, ValueKind::kInteger, "6"},
         ValueCase{"week_out_of_range_still_shown", 7, {7}, kUtf8, ValueKind::kInteger, "7"},
@@ -255,6 +227,7 @@ INSTANTIATE_TEST_SUITE_P(
         ValueCase{"four_bytes_little_endian", 18, {1, 0, 1, 0x80}, kUtf8, ValueKind::kInteger, "2147549185"},
         ValueCase{"two_byte_field_of_three_is_hex", 8, {1, 2, 3}, kUtf8, ValueKind::kHex, "010203"}),
     [](const testing::TestParamInfo<ValueCase>& info) { return info.param.name; });
+// clang-format on
 
 struct CompactCase {
   const char* name;
@@ -279,7 +252,7 @@ struct stat statOf(const std::string& path) {
 TEST_P(Compact, ChangesTheBoxOnlyWhenItShould) {
   const CompactCase& c = GetParam();
   const std::string original = readGolden(c.box);
-  TempBox box(Bytes(original.begin(), original.end()), "KQADRS.BOX");
+  TempBox box(goldenBytes(c.box), "KQADRS.BOX");
   const std::string bak = box.path() + ".bak";
   if (c.bakBefore) {
     ASSERT_TRUE(writeFile(bak, text("old backup")));
@@ -288,73 +261,53 @@ TEST_P(Compact, ChangesTheBoxOnlyWhenItShould) {
   const timespec past[2] = {{1000000000, 0}, {1000000000, 0}};
   ASSERT_EQ(utimensat(AT_FDCWD, box.path().c_str(), past, 0), 0);
 
-  Args args{"compact"};
-  args.insert(args.end(), c.options.begin(), c.options.end());
-  args.push_back("KQADRS.BOX");
-  const RunResult r = boxtool(args, box.dir());
+  const RunResult r = runBoxtool(with(with({"compact"}, c.options), {"KQADRS.BOX"}), box.dir());
   EXPECT_EQ(r.status, c.status) << r.err;
   EXPECT_EQ(r.err.substr(0, c.err.size()), c.err);
-  const std::string after = readFileBytes(box.path());
+  const std::string after = readWholeFile(box.path());
   EXPECT_EQ(after != original, c.boxChanges);
   if (!c.boxChanges) {
     EXPECT_EQ(statOf(box.path()).st_mtim.tv_sec, past[0].tv_sec);
   }
   if (c.bakBefore) {
-    EXPECT_EQ(readFileBytes(bak), "old backup");
+    EXPECT_EQ(readWholeFile(bak), "old backup");
   } else {
     // A backup holds the old bytes, and is there only when the box changed.
     const bool wanted =
         std::find(c.options.begin(), c.options.end(), "--backup") != c.options.end() && c.boxChanges;
     EXPECT_EQ(access(bak.c_str(), F_OK) == 0, wanted);
     if (wanted) {
-      EXPECT_EQ(readFileBytes(bak), original);
+      EXPECT_EQ(readWholeFile(bak), original);
     }
   }
 }
 
+// clang-format off
 INSTANTIATE_TEST_SUITE_P(
     Cases, Compact,
     testing::Values(
         CompactCase{"collects", "KQADRS.box", {}, false, 0, true, ""},
         CompactCase{"dry_run_writes_nothing", "KQADRS.box", {"--dry-run"}, false, 0, false, ""},
-        CompactCase{
-            "dry_run_with_backup_writes_nothing", "KQADRS.box", {"-n", "--backup"}, false, 0, false, ""},
+        CompactCase{"dry_run_with_backup_writes_nothing", "KQADRS.box", {"-n", "--backup"}, false, 0, false, ""},
         CompactCase{"backup_keeps_the_old_bytes", "KQADRS.box", {"--backup"}, false, 0, true, ""},
-        CompactCase{"backup_never_replaced",
-                    "KQADRS.box",
-                    {"--backup"},
-                    true,
-                    4,
-                    false,
+        CompactCase{"backup_never_replaced", "KQADRS.box", {"--backup"}, true, 4, false,
                     "boxtool: KQADRS.BOX.bak: exists"},
-        CompactCase{"damaged_refused_pointing_to_recover",
-                    "SALVAGE.box",
-                    {"--backup"},
-                    false,
-                    2,
-                    false,
-                    "boxtool: KQADRS.BOX: the collector refuses this box: card 49 at 0x0019d2, ID "
-                    "0x0000, is damaged\nboxtool: 'boxtool recover KQADRS.BOX NEW.BOX'"},
-        CompactCase{"damaged_dry_run_refused_too",
-                    "TRUNC.box",
-                    {"--dry-run"},
-                    false,
-                    2,
-                    false,
+        CompactCase{"damaged_refused_pointing_to_recover", "SALVAGE.box", {"--backup"}, false, 2, false,
+                    "boxtool: KQADRS.BOX: the collector refuses this box: card 49 at 0x0019d2, ID 0x0000, is "
+                    "damaged\nboxtool: 'boxtool recover KQADRS.BOX NEW.BOX'"},
+        CompactCase{"damaged_dry_run_refused_too", "TRUNC.box", {"--dry-run"}, false, 2, false,
                     "boxtool: KQADRS.BOX: the collector refuses this box: the card chain is broken"}),
     [](const testing::TestParamInfo<CompactCase>& info) { return info.param.name; });
+// clang-format on
 
 TEST(CompactDryRun, TellsWhatTheCollectionDoes) {
-  expectGolden("boxtool/compact_dry_run.txt", boxtool({"compact", "--dry-run", "KQADRS.box"}).out);
+  expectGolden("boxtool/compact_dry_run.txt", runBoxtool({"compact", "--dry-run", "KQADRS.box"}).out);
 }
 
-// Every file a rescue is tried on: the damaged samples and every golden box.
+// Every file a rescue is tried on: every golden box and the damaged samples.
 std::vector<std::string> rescueInputs() {
-  std::vector<std::string> names;
+  std::vector<std::string> names = goldenBoxes();
   for (const Sample& s : samples()) names.push_back("sample:" + s.name);
-  for (const auto& e : std::filesystem::directory_iterator(goldenPath("")))
-    if (e.path().extension() == ".box") names.push_back(e.path().filename());
-  std::sort(names.begin(), names.end());
   return names;
 }
 
@@ -363,8 +316,7 @@ Bytes inputBytes(const std::string& name) {
     for (const Sample& s : samples())
       if ("sample:" + s.name == name) return s.bytes;
   }
-  const std::string bytes = readGolden(name);
-  return Bytes(bytes.begin(), bytes.end());
+  return goldenBytes(name);
 }
 
 // The records in the given states whose values are all there, each as its
@@ -449,84 +401,57 @@ class Recover : public testing::TestWithParam<RecoverCase> {};
 TEST_P(Recover, NeverWritesTheBrokenBoxAndReplacesOnlyWhenForced) {
   const RecoverCase& c = GetParam();
   TempBox box(c.broken, "BROKEN.BOX");
-  const std::string sound = readGolden("KQADRS.box");
-  ASSERT_TRUE(writeFile(box.dir() + "/SOUND.BOX", Bytes(sound.begin(), sound.end())));
+  ASSERT_TRUE(writeFile(box.dir() + "/SOUND.BOX", goldenBytes("KQADRS.box")));
   if (c.newExists) {
     ASSERT_TRUE(writeFile(box.dir() + "/NEW.BOX", text("keep me")));
   }
-  Args args{"recover"};
-  args.insert(args.end(), c.options.begin(), c.options.end());
-  args.insert(args.end(), {"BROKEN.BOX", "NEW.BOX"});
-  const RunResult r = boxtool(args, box.dir());
+  const RunResult r = runBoxtool(with(with({"recover"}, c.options), {"BROKEN.BOX", "NEW.BOX"}), box.dir());
   EXPECT_EQ(r.status, c.status) << r.err;
   EXPECT_EQ(r.err.substr(0, c.err.size()), c.err);
-  const std::string written = readFileBytes(box.dir() + "/NEW.BOX");
-  EXPECT_EQ(readFileBytes(box.path()), std::string(c.broken.begin(), c.broken.end()));
+  const std::string written = readWholeFile(box.dir() + "/NEW.BOX");
+  EXPECT_EQ(readWholeFile(box.path()), std::string(c.broken.begin(), c.broken.end()));
   if (c.written) {
-    EXPECT_EQ(boxtool({"check", "--quiet", "NEW.BOX"}, box.dir()).status & 2, 0);
+    EXPECT_EQ(runBoxtool({"check", "--quiet", "NEW.BOX"}, box.dir()).status & 2, 0);
   } else {
     EXPECT_EQ(written, c.newExists ? "keep me" : "");
   }
 }
 
 Bytes withItemInfoDestroyed() {
-  const std::string sound = readGolden("KQADRS.box");
-  Bytes b(sound.begin(), sound.end());
+  Bytes b = goldenBytes("KQADRS.box");
   setItemRecordLength(b, 0, 3);
   return b;
 }
 
-Bytes golden(const char* name) {
-  const std::string bytes = readGolden(name);
-  return Bytes(bytes.begin(), bytes.end());
-}
-
+// clang-format off
 INSTANTIATE_TEST_SUITE_P(
     Cases, Recover,
-    testing::Values(RecoverCase{"damaged", golden("GARBAGE.box"), {}, false, 0, "", true},
-                    RecoverCase{"records_dropped", golden("TRUNC.box"), {}, false, 1, "", true},
-                    RecoverCase{"new_box_exists",
-                                golden("GARBAGE.box"),
-                                {},
-                                true,
-                                4,
-                                "boxtool: NEW.BOX: exists; give --force",
-                                false},
-                    RecoverCase{"forced", golden("GARBAGE.box"), {"--force"}, true, 0, "", true},
-                    RecoverCase{"fields_unreadable",
-                                withItemInfoDestroyed(),
-                                {},
-                                false,
-                                2,
-                                "boxtool: BROKEN.BOX: the item info cannot be read (field 0 is shorter",
-                                false},
-                    RecoverCase{"fields_from_a_sound_box",
-                                withItemInfoDestroyed(),
-                                {"--fields-from", "SOUND.BOX"},
-                                false,
-                                0,
-                                "",
-                                true},
-                    RecoverCase{"fields_from_a_missing_box",
-                                withItemInfoDestroyed(),
-                                {"--fields-from", "NONE.BOX"},
-                                false,
-                                8,
-                                "boxtool: NONE.BOX: No such",
-                                false}),
+    testing::Values(
+        RecoverCase{"damaged", goldenBytes("GARBAGE.box"), {}, false, 0, "", true},
+        RecoverCase{"records_dropped", goldenBytes("TRUNC.box"), {}, false, 1, "", true},
+        RecoverCase{"new_box_exists", goldenBytes("GARBAGE.box"), {}, true, 4,
+                    "boxtool: NEW.BOX: exists; give --force", false},
+        RecoverCase{"forced", goldenBytes("GARBAGE.box"), {"--force"}, true, 0, "", true},
+        RecoverCase{"fields_unreadable", withItemInfoDestroyed(), {}, false, 2,
+                    "boxtool: BROKEN.BOX: the item info cannot be read (field 0 is shorter", false},
+        RecoverCase{"fields_from_a_sound_box", withItemInfoDestroyed(), {"--fields-from", "SOUND.BOX"}, false,
+                    0, "", true},
+        RecoverCase{"fields_from_a_missing_box", withItemInfoDestroyed(), {"--fields-from", "NONE.BOX"}, false,
+                    8, "boxtool: NONE.BOX: No such", false}),
     [](const testing::TestParamInfo<RecoverCase>& info) { return info.param.name; });
+// clang-format on
 
 TEST(RecoverIntoTheBrokenBox, IsRefused) {
-  TempBox box(golden("GARBAGE.box"), "BROKEN.BOX");
-  const RunResult r = boxtool({"recover", "--force", "BROKEN.BOX", "./BROKEN.BOX"}, box.dir());
+  TempBox box(goldenBytes("GARBAGE.box"), "BROKEN.BOX");
+  const RunResult r = runBoxtool({"recover", "--force", "BROKEN.BOX", "./BROKEN.BOX"}, box.dir());
   EXPECT_EQ(r.status, 4);
-  EXPECT_EQ(readFileBytes(box.path()), readGolden("GARBAGE.box"));
+  EXPECT_EQ(readWholeFile(box.path()), readGolden("GARBAGE.box"));
 }
 
 TEST(RecoverDeleted, RestoresTheRecordUnderAFreeId) {
   TempBox box(bookWithADeletedCard(), "BROKEN.BOX");
-  ASSERT_EQ(boxtool({"recover", "--deleted", "BROKEN.BOX", "NEW.BOX"}, box.dir()).status, 0);
-  const auto rows = parseCsv(boxtool({"export", "--format", "csv", "NEW.BOX"}, box.dir()).out);
+  ASSERT_EQ(runBoxtool({"recover", "--deleted", "BROKEN.BOX", "NEW.BOX"}, box.dir()).status, 0);
+  const auto rows = parseCsv(runBoxtool({"export", "--format", "csv", "NEW.BOX"}, box.dir()).out);
   std::vector<std::string> ids;
   for (size_t k = 1; k < rows.size(); ++k) ids.push_back(rows[k][2] + ":" + rows[k][3] + ":" + rows[k][5]);
   EXPECT_EQ(ids, (std::vector<std::string>{"1:sound:Nakamura Emi", "2:sound:Tanaka Hiroshi",
@@ -537,9 +462,9 @@ TEST(RecoverDeleted, RestoresTheRecordUnderAFreeId) {
 class RecoverSummary : public testing::TestWithParam<std::string> {};
 
 TEST_P(RecoverSummary, MatchesTheGoldenFile) {
-  TempBox box(golden((GetParam() + ".box").c_str()), "BROKEN.BOX");
+  TempBox box(goldenBytes(GetParam() + ".box"), "BROKEN.BOX");
   expectGolden("boxtool/recover_" + GetParam() + ".txt",
-               boxtool({"recover", "--deleted", "BROKEN.BOX", "NEW.BOX"}, box.dir()).out);
+               runBoxtool({"recover", "--deleted", "BROKEN.BOX", "NEW.BOX"}, box.dir()).out);
 }
 
 INSTANTIATE_TEST_SUITE_P(Boxes, RecoverSummary, testing::Values("TRUNC", "DUPLICATE", "GARBAGE", "BADITEMS"));

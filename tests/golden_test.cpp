@@ -13,8 +13,6 @@
 
 using namespace boxtest;
 
-namespace {}  // namespace
-
 namespace boxtest {
 void PrintTo(const GoldenCase& c, std::ostream* os) { *os << c.name; }
 }  // namespace boxtest

@@ -6,10 +6,9 @@
 #include "report_scope.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  static fuzz::FormattingSink sink;
   setProgressClock(fuzz::everySecond);
   BoxAnalysis analysis(ByteView(data, static_cast<uint32_t>(size)));
-  ReportScope scope(&sink, {.debug = true, .verbose = true, .noisy = true});
+  ReportScope scope(&fuzz::formattingSink(), {.debug = true, .verbose = true, .noisy = true});
   analysis.run();
   return 0;
 }

@@ -6,11 +6,10 @@
 #include "report_scope.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  static fuzz::FormattingSink sink;
   static ValueDecoder utf8("UTF-8");
   static ValueDecoder eucJp("EUC-JP");
   BoxAnalysis analysis(ByteView(data, static_cast<uint32_t>(size)));
-  ReportScope scope(&sink, {});
+  ReportScope scope(&fuzz::formattingSink(), {});
   analysis.run();
   if (!analysis.itemInfo) return 0;  // no bytes: nothing ran
   const ByteView view = analysis.file.view();

@@ -6,14 +6,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 
 #include "box_builder.h"
-#include "entry_format.h"
-#include "reporter.h"
+#include "console_reporter.h"
 
 namespace fuzz {
 
@@ -33,24 +31,12 @@ inline void writeFile(const std::string& path, const uint8_t* data, size_t size)
   if (!boxtest::writeFile(path, boxtest::Bytes(data, data + size))) abort();
 }
 
-// Formats every entry and line as the console does, into nowhere.
-class FormattingSink : public Reporter {
- public:
-  FormattingSink() : out_(std::fopen("/dev/null", "w")) {
-    if (!out_) abort();
-  }
-  ~FormattingSink() override { std::fclose(out_); }
-  void message(const char* format, va_list args) override __attribute__((format(printf, 2, 0))) {
-    writeDebugLine(out_, format, args);
-  }
-  void entry(int32_t index, uint32_t offset, uint32_t id, uint32_t size, uint32_t code, const char* text,
-             const char* format, va_list args) override __attribute__((format(printf, 8, 0))) {
-    writeEntry(out_, index, offset, id, size, code, text, format, args);
-  }
-
- private:
-  FILE* out_;
-};
+// The console's own sink, writing into nowhere: every entry and line is
+// formatted as the command line formats it.
+inline ConsoleReporter& formattingSink() {
+  static ConsoleReporter sink(std::fopen("/dev/null", "w"));
+  return sink;
+}
 
 inline time_t everySecond() {
   static time_t now = 0;

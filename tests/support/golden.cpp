@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -19,11 +21,28 @@ bool regeneratingGolden() {
   return value && std::string(value) == "1";
 }
 
-std::string readGolden(const std::string& name) {
-  std::ifstream in(goldenPath(name), std::ios::binary);
+std::string readWholeFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
   std::ostringstream s;
   s << in.rdbuf();
   return s.str();
+}
+
+std::string readGolden(const std::string& name) { return readWholeFile(goldenPath(name)); }
+
+Bytes fileBytes(const std::string& path) {
+  const std::string bytes = readWholeFile(path);
+  return Bytes(bytes.begin(), bytes.end());
+}
+
+Bytes goldenBytes(const std::string& name) { return fileBytes(goldenPath(name)); }
+
+std::vector<std::string> goldenBoxes() {
+  std::vector<std::string> names;
+  for (const auto& e : std::filesystem::directory_iterator(goldenPath("")))
+    if (e.path().extension() == ".box") names.push_back(e.path().filename());
+  std::sort(names.begin(), names.end());
+  return names;
 }
 
 void expectGolden(const std::string& name, const std::string& actual) {

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "box_builder.h"
 
@@ -17,8 +18,16 @@ namespace boxtest {
 // The path of tests/data/name in the source tree.
 std::string goldenPath(const std::string& name);
 
-// The file's bytes; empty when it does not exist.
+// A file's bytes, as text and as a box's bytes; empty when it does not exist.
+std::string readWholeFile(const std::string& path);
+Bytes fileBytes(const std::string& path);
+
+// tests/data/name's bytes, as text and as a box's bytes.
 std::string readGolden(const std::string& name);
+Bytes goldenBytes(const std::string& name);
+
+// Every golden box, by its name in tests/data, in name order.
+std::vector<std::string> goldenBoxes();
 
 // Expects actual to equal the golden file, or writes it when regenerating.
 // On a mismatch the failure names the first differing line.

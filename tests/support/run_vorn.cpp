@@ -9,8 +9,10 @@
 #include <sstream>
 #include <stdexcept>
 
-#ifndef VORN_BINARY
-#error "VORN_BINARY must name the vorn executable"
+#include "golden.h"
+
+#if !defined(VORN_BINARY) || !defined(BOXTOOL_BINARY)
+#error "VORN_BINARY and BOXTOOL_BINARY must name the programs"
 #endif
 
 namespace boxtest {
@@ -69,12 +71,21 @@ RunResult runVornUnprivileged(const std::vector<std::string>& args) {
   return runProgram(VORN_BINARY, args, true);
 }
 
+RunResult runBoxtool(const std::vector<std::string>& args, const std::string& dir) {
+  return runProgram(BOXTOOL_BINARY, args, false, dir.empty() ? goldenPath("") : dir);
+}
+
 std::vector<std::string> splitLines(const std::string& text) {
   std::vector<std::string> lines;
   std::string line;
   std::istringstream in(text);
   while (std::getline(in, line)) lines.push_back(line);
   return lines;
+}
+
+std::vector<std::string> with(std::vector<std::string> args, const std::vector<std::string>& more) {
+  args.insert(args.end(), more.begin(), more.end());
+  return args;
 }
 
 }  // namespace boxtest

@@ -21,6 +21,13 @@ RunResult runProgram(const std::string& program, const std::vector<std::string>&
 RunResult runVorn(const std::vector<std::string>& args);
 RunResult runVornUnprivileged(const std::vector<std::string>& args);
 
+// Runs boxtool in dir, tests/data when none is given, so that golden boxes
+// go by their names and no output holds a path of this machine.
+RunResult runBoxtool(const std::vector<std::string>& args, const std::string& dir = "");
+
 std::vector<std::string> splitLines(const std::string& text);
+
+// args followed by more.
+std::vector<std::string> with(std::vector<std::string> args, const std::vector<std::string>& more);
 
 }  // namespace boxtest
