@@ -209,6 +209,7 @@ INSTANTIATE_TEST_SUITE_P(
         ValueCase{"ascii_text", 1, text("Ann"), kUtf8, ValueKind::kText, "Ann"},
         ValueCase{"utf8_text", 3, text("\xe3\x81\x82"), kUtf8, ValueKind::kText, "\xe3\x81\x82"},
         ValueCase{"euc_jp_not_utf8_is_hex", 1, {0xa4, 0xa2}, kUtf8, ValueKind::kHex, "a4a2"},
+        ValueCase{"lone_continuation_byte_is_hex", 1, {'a', 0x80}, kUtf8, ValueKind::kHex, "6180"},
         ValueCase{"euc_jp", 1, {0xa4, 0xa2, 'a'}, "EUC-JP", ValueKind::kText, "\xe3\x81\x82" "a"},
         ValueCase{"shift_jis", 2, {0x82, 0xa0}, "SHIFT_JIS", ValueKind::kText, "\xe3\x81\x82"},
         ValueCase{"invalid_euc_jp_is_hex", 1, {0xa4}, "EUC-JP", ValueKind::kHex, "a4"},

@@ -2,6 +2,7 @@
 // progress throttle, debug lines and the scope that installs a sink.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdarg>
 #include <string>
 #include <vector>
@@ -127,12 +128,15 @@ TEST_F(FindingsTest, AnAnalysisReportsItsStagesInOrder) {
   BoxAnalysis analysis(
       ByteView(reinterpret_cast<const uint8_t*>(bytes.data()), static_cast<uint32_t>(bytes.size())));
   analysis.run();
-  std::vector<int> stages, offsetTable;
+  std::vector<int> stages, census, offsetTable;
   for (const auto& [stage, percent] : sink.progressCalls) {
     if (stages.empty() || stages.back() != stage) stages.push_back(stage);
+    if (stage == 1) census.push_back(percent);
     if (stage == 2) offsetTable.push_back(percent);
   }
   EXPECT_EQ(stages, (std::vector<int>{0, 1, 2}));
+  // The census counts pairs of cards: it climbs and ends short of 100.
+  EXPECT_TRUE(std::is_sorted(census.begin(), census.end()) && census.back() < 100 && census.back() > 90);
   EXPECT_EQ(offsetTable, (std::vector<int>{25, 50, 75}));
 }
 
