@@ -418,9 +418,10 @@ TEST_P(Recover, NeverWritesTheBrokenBoxAndReplacesOnlyWhenForced) {
   }
 }
 
-Bytes withItemInfoDestroyed() {
+// The sound sample with its first field's record length set.
+Bytes withFieldLength(uint16_t length) {
   Bytes b = goldenBytes("KQADRS.box");
-  setItemRecordLength(b, 0, 3);
+  setItemRecordLength(b, 0, length);
   return b;
 }
 
@@ -433,11 +434,13 @@ INSTANTIATE_TEST_SUITE_P(
         RecoverCase{"new_box_exists", goldenBytes("GARBAGE.box"), {}, true, 4,
                     "boxtool: NEW.BOX: exists; give --force", false},
         RecoverCase{"forced", goldenBytes("GARBAGE.box"), {"--force"}, true, 0, "", true},
-        RecoverCase{"fields_unreadable", withItemInfoDestroyed(), {}, false, 2,
+        RecoverCase{"fields_unreadable", withFieldLength(3), {}, false, 2,
                     "boxtool: BROKEN.BOX: the item info cannot be read (field 0 is shorter", false},
-        RecoverCase{"fields_from_a_sound_box", withItemInfoDestroyed(), {"--fields-from", "SOUND.BOX"}, false,
+        RecoverCase{"fields_run_past_the_first_card", withFieldLength(0xffff), {}, false, 2,
+                    "boxtool: BROKEN.BOX: the item info cannot be read (field 0 of 10 runs past the first card)", false},
+        RecoverCase{"fields_from_a_sound_box", withFieldLength(3), {"--fields-from", "SOUND.BOX"}, false,
                     0, "", true},
-        RecoverCase{"fields_from_a_missing_box", withItemInfoDestroyed(), {"--fields-from", "NONE.BOX"}, false,
+        RecoverCase{"fields_from_a_missing_box", withFieldLength(3), {"--fields-from", "NONE.BOX"}, false,
                     8, "boxtool: NONE.BOX: No such", false}),
     [](const testing::TestParamInfo<RecoverCase>& info) { return info.param.name; });
 // clang-format on

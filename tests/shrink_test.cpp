@@ -8,6 +8,9 @@
 
 #include <fcntl.h>
 
+#include <memory>
+#include <vector>
+
 #include "address_book.h"
 #include "box_file.h"
 #include "command_line.h"
@@ -77,6 +80,13 @@ TEST(ShrinkingFile, ABusErrorOutsideTheBoxGoesToTheHandlerBefore) {
     EXPECT_FALSE(mapped.shrank());
   }
   sigaction(SIGBUS, &before, nullptr);
+}
+
+TEST(ShrinkingFile, MappingsBeyondTheGuardedOnesAreNotTakenAsShrunk) {
+  TempBox box(bigAddressBook(10, false).bytes);
+  std::vector<std::unique_ptr<BoxFile>> files;  // more than the guard has places for
+  for (int i = 0; i < 20; ++i) files.push_back(std::make_unique<BoxFile>(box.path().c_str()));
+  for (const auto& file : files) EXPECT_TRUE(file->data && !file->shrank());
 }
 
 TEST(ShrinkingFileDeathTest, ABusErrorOutsideTheBoxStillEndsTheProcessByDefault) {
