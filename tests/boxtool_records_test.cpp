@@ -158,10 +158,6 @@ TEST_P(ExportDeleted, FindsWhatTheCollectorHasNotOverwritten) {
   std::vector<std::string> states;
   for (size_t k = 1; k < rows.size(); ++k) states.push_back(rows[k][2] + ":" + rows[k][3]);
   EXPECT_EQ(states, c.states);
-  if (!rows.empty() && c.states.size() == 5) {
-    // The deleted record's values are those it was built with.
-    EXPECT_EQ(rows[3][5], "Yoshida Kaori");
-  }
 }
 
 // clang-format off
@@ -206,7 +202,6 @@ INSTANTIATE_TEST_SUITE_P(
     Values, TypedValue,
     testing::Values(
         ValueCase{"empty_is_null", 1, {}, kUtf8, ValueKind::kNull, ""},
-        ValueCase{"ascii_text", 1, text("Ann"), kUtf8, ValueKind::kText, "Ann"},
         ValueCase{"utf8_text", 3, text("\xe3\x81\x82"), kUtf8, ValueKind::kText, "\xe3\x81\x82"},
         ValueCase{"euc_jp_not_utf8_is_hex", 1, {0xa4, 0xa2}, kUtf8, ValueKind::kHex, "a4a2"},
         ValueCase{"lone_continuation_byte_is_hex", 1, {'a', 0x80}, kUtf8, ValueKind::kHex, "6180"},
@@ -214,15 +209,13 @@ INSTANTIATE_TEST_SUITE_P(
         ValueCase{"shift_jis", 2, {0x82, 0xa0}, "SHIFT_JIS", ValueKind::kText, "\xe3\x81\x82"},
         ValueCase{"invalid_euc_jp_is_hex", 1, {0xa4}, "EUC-JP", ValueKind::kHex, "a4"},
         ValueCase{"unknown_data_id_as_text", 0, text("x"), kUtf8, ValueKind::kText, "x"},
-        ValueCase{"time", 4, timeValue(103, 0, 2, 13, 5, 9), kUtf8, ValueKind::kTime, "2003-01-02T13:05:09"},
         ValueCase{"time_year_above_130", 4, timeValue(203, 11, 31, 0, 0, 0), kUtf8, ValueKind::kTime, "2003-12-31T00:00:00"},
+        ValueCase{"time_february_29_of_a_common_year", 4, timeValue(103, 1, 29, 0, 0, 0), kUtf8, ValueKind::kTime, "2003-03-01T00:00:00"},
         ValueCase{"time_unset", 4, timeValue(255, 0, 1, 0, 0, 0), kUtf8, ValueKind::kNull, ""},
         ValueCase{"time_carried_over", 4, timeValue(103, 1, 31, 0, 0, 0), kUtf8, ValueKind::kTime, "2003-03-03T00:00:00"},
         ValueCase{"time_illegal", 4, timeValue(250, 1, 1, 0, 0, 0), kUtf8, ValueKind::kIllegalTime, "000008a10f"},
         ValueCase{"time_of_four_bytes_is_hex", 4, {1, 2, 3, 4}, kUtf8, ValueKind::kHex, "01020304"},
-        ValueCase{"week", 7, {6}, kUtf8, ValueKind::kInteger, "6"},
         ValueCase{"week_out_of_range_still_shown", 7, {7}, kUtf8, ValueKind::kInteger, "7"},
-        ValueCase{"one_byte_id_6", 6, {0xff}, kUtf8, ValueKind::kInteger, "255"},
         ValueCase{"one_byte_id_11", 11, {3}, kUtf8, ValueKind::kInteger, "3"},
         ValueCase{"two_bytes_little_endian", 8, {0x34, 0x12}, kUtf8, ValueKind::kInteger, "4660"},
         ValueCase{"four_bytes_little_endian", 18, {1, 0, 1, 0x80}, kUtf8, ValueKind::kInteger, "2147549185"},

@@ -229,18 +229,6 @@ TEST(BoxtoolAnalysedFile, ShrinkingWhileMappedIsAnOperationalError) {
   EXPECT_TRUE(file.findings.empty());
 }
 
-TEST(BoxtoolAnalysedFile, ReadAndMappedFilesGiveTheSameFindings) {
-  for (const char* name : {"SALVAGE.box", "DUPLICATE.box", "hostile_1_byte.box"}) {
-    const AnalysedFile read(goldenPath(name)), mapped(goldenPath(name), 0);
-    ASSERT_EQ(read.findings.size(), mapped.findings.size()) << name;
-    for (size_t i = 0; i < read.findings.size(); ++i) {
-      EXPECT_EQ(read.findings[i].text + read.findings[i].detail,
-                mapped.findings[i].text + mapped.findings[i].detail);
-      EXPECT_EQ(read.findings[i].offset, mapped.findings[i].offset) << name;
-    }
-  }
-}
-
 struct PrintableCase {
   const char* name;
   std::string bytes;

@@ -1,5 +1,5 @@
-// The delivery gates, the position registers, levels and verdict, the
-// progress throttle, debug lines and the scope that installs a sink.
+// The delivery gates and the position they keep, levels and verdict, the
+// progress throttle and debug lines.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -10,7 +10,6 @@
 #include "box_analysis.h"
 #include "findings.h"
 #include "golden.h"
-#include "report_scope.h"
 #include "reporter.h"
 
 namespace {
@@ -147,26 +146,6 @@ TEST_F(FindingsTest, DebugLinesNeedDebugAndASink) {
   currentReporter = nullptr;
   debugMessage("c %d", 3);
   EXPECT_EQ(sink.messages, std::vector<std::string>{"b 2"});
-}
-
-TEST_F(FindingsTest, ScopeInstallsAndRestoresAllButTheProgressClock) {
-  lastIndex = 42;
-  verbose = true;
-  RecordingReporter inner;
-  {
-    ReportScope scope(&inner, {.debug = true, .noisy = true});
-    EXPECT_EQ(currentReporter, &inner);
-    EXPECT_TRUE(debug && noisy && !verbose);
-    report(checker, 5, 1, 2, 3, 0x40000001, "x");
-    fakeNow++;
-    reportProgress(0, 1, 2);
-  }
-  EXPECT_EQ(inner.entries, 1u);
-  EXPECT_EQ(currentReporter, &sink);
-  EXPECT_TRUE(!debug && !noisy && verbose);
-  EXPECT_EQ(lastIndex, 42);
-  EXPECT_EQ(lastOffset, 0u);
-  EXPECT_EQ(lastProgressTime, fakeNow);
 }
 
 }  // namespace
