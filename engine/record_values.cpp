@@ -74,33 +74,42 @@ std::string isoTime(TimeFields t) {
 
 }  // namespace
 
+size_t utf8SequenceLength(const uint8_t* p, size_t available) {
+  if (available == 0) return 0;
+  const uint8_t b0 = p[0];
+  if (b0 < 0x80) return 1;
+  size_t length;
+  uint8_t low = 0x80, high = 0xBF;  // the second byte's range
+  if (b0 >= 0xC2 && b0 <= 0xDF) {
+    length = 2;
+  } else if (b0 >= 0xE0 && b0 <= 0xEF) {
+    length = 3;
+    if (b0 == 0xE0) low = 0xA0;   // overlong
+    if (b0 == 0xED) high = 0x9F;  // surrogates
+  } else if (b0 >= 0xF0 && b0 <= 0xF4) {
+    length = 4;
+    if (b0 == 0xF0) low = 0x90;   // overlong
+    if (b0 == 0xF4) high = 0x8F;  // above U+10FFFF
+  } else {
+    return 0;  // a continuation byte, C0, C1 or F5 to FF
+  }
+  if (available < length || p[1] < low || p[1] > high) return 0;
+  for (size_t i = 2; i < length; ++i) {
+    if (p[i] < 0x80 || p[i] > 0xBF) return 0;
+  }
+  return length;
+}
+
 bool validUtf8(const uint8_t* p, size_t length) {
-  const uint8_t* end = p + length;
-  while (p < end) {
-    const uint8_t b = *p;
-    if (b < 0x80) {
-      ++p;
+  size_t at = 0;
+  while (at < length) {
+    if (p[at] < 0x80) {  // most text is ASCII: no call for it
+      ++at;
       continue;
     }
-    size_t n;
-    uint32_t cp;
-    uint32_t least;
-    if ((b & 0xE0) == 0xC0) {
-      n = 1, cp = b & 0x1F, least = 0x80;
-    } else if ((b & 0xF0) == 0xE0) {
-      n = 2, cp = b & 0x0F, least = 0x800;
-    } else if ((b & 0xF8) == 0xF0) {
-      n = 3, cp = b & 0x07, least = 0x10000;
-    } else {
-      return false;
-    }
-    if (static_cast<size_t>(end - p) <= n) return false;
-    for (size_t k = 1; k <= n; ++k) {
-      if ((p[k] & 0xC0) != 0x80) return false;
-      cp = (cp << 6) | (p[k] & 0x3F);
-    }
-    if (cp < least || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) return false;
-    p += n + 1;
+    const size_t n = utf8SequenceLength(p + at, length - at);
+    if (n == 0) return false;
+    at += n;
   }
   return true;
 }

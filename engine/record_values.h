@@ -65,8 +65,13 @@ class ValueDecoder {
   std::string buffer_;
 };
 
-// True when the bytes are valid UTF-8 (no overlong forms, no surrogates,
-// nothing above U+10FFFF).
+// The length of the valid UTF-8 sequence at the start of the available
+// bytes, or 0 when they do not start with one (a stray continuation byte,
+// an overlong form, a surrogate, a code point above U+10FFFF, a sequence cut
+// short).
+size_t utf8SequenceLength(const uint8_t* bytes, size_t available);
+
+// True when the bytes are valid UTF-8 throughout.
 bool validUtf8(const uint8_t* bytes, size_t length);
 
 // Lowercase hex, two digits a byte, appended to out.
