@@ -69,7 +69,6 @@ const char* stateName(RecordState s) {
 // A JSON string of valid UTF-8.  Runs of characters that need no escape
 // are appended whole.
 void appendJsonString(std::string& out, std::string_view s) {
-  static constexpr char kDigits[] = "0123456789abcdef";
   out += '"';
   size_t plain = 0;  // start of the run not yet appended
   for (size_t i = 0; i < s.size(); ++i) {
@@ -88,8 +87,7 @@ void appendJsonString(std::string& out, std::string_view s) {
       out += "\\t";
     } else {
       out += "\\u00";
-      out += kDigits[b >> 4];
-      out += kDigits[b & 0x0F];
+      appendHex(out, &b, 1);
     }
   }
   out.append(s, plain, std::string_view::npos);

@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <fstream>
 #include <sstream>
 #include <stdexcept>
 
@@ -21,11 +20,9 @@ namespace {
 
 // Reads and removes a capture file.
 std::string drain(const char* path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream s;
-  s << in.rdbuf();
+  std::string text = readWholeFile(path);
   unlink(path);
-  return s.str();
+  return text;
 }
 
 }  // namespace
