@@ -125,6 +125,15 @@ TEST_P(ExportOfTheSoundSample, GivesTheGeneratorsRecords) {
 
 INSTANTIATE_TEST_SUITE_P(Formats, ExportOfTheSoundSample, testing::Values("json", "csv"));
 
+// Control characters, quotes and backslashes in a value come back as they
+// were from the JSON export.
+TEST(ExportJson, EscapesWhatAJsonStringCannotHold) {
+  const std::string value = "a\x01\x1f\"\\\n\r\tb";
+  TempBox box(BoxBuilder().field(1, "NAME", "Name").card(1, {text(value)}).terminator().build().bytes);
+  const Json j = Json::parse(runBoxtool({"export", box.path()}).out);
+  EXPECT_EQ(j.at("records").at(0).at("values").at(0), value);
+}
+
 // A small address book in which card ID 3 was deleted (its ID set to 0, the
 // body left as it was) and a garbage card of filler bytes follows.
 Bytes bookWithADeletedCard() {
