@@ -62,6 +62,16 @@ AnalysedFile::AnalysedFile(const std::string& path, uint32_t readLimit) : path(p
   analyse();
 }
 
+AnalysedFile::AnalysedFile(const std::string& path, ByteView bytes) : path(path) {
+  analysis = std::make_unique<BoxAnalysis>(bytes);
+  reason = analysis->file.problem;
+  if (!reason.empty()) {
+    analysis.reset();
+    return;
+  }
+  analyse();
+}
+
 void AnalysedFile::analyse() {
   {
     ProblemCollector collector(findings);

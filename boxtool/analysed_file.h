@@ -63,6 +63,8 @@ class AnalysedFile {
 
   // Reads (or maps) and analyses the file at once.
   explicit AnalysedFile(const std::string& path, uint32_t readLimit = kReadLimit);
+  // Analyses bytes in memory, which must outlive it, as the file at path.
+  AnalysedFile(const std::string& path, ByteView bytes);
   AnalysedFile(const AnalysedFile&) = delete;
   AnalysedFile& operator=(const AnalysedFile&) = delete;
 

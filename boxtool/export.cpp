@@ -14,15 +14,18 @@
 
 #include "analysed_file.h"
 #include "command.h"
+#include "field_table.h"
 #include "output_file.h"
 #include "printable.h"
+#include "record_map.h"
 #include "record_values.h"
+#include "rescue.h"
 
 namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr int kSchema = 1;
+constexpr int kSchema = 2;
 constexpr size_t kFlushSize = 1 << 16;
 
 struct ExportArguments {
@@ -30,6 +33,7 @@ struct ExportArguments {
   bool deleted = false;
   std::string encoding = "UTF-8";
   std::string output;
+  std::string fieldsFrom;
   std::string path;
 };
 
@@ -62,6 +66,8 @@ const char* stateName(RecordState s) {
       return "damaged";
     case RecordState::kDeleted:
       return "deleted";
+    case RecordState::kFound:
+      return "found";
   }
   return "sound";
 }
@@ -140,6 +146,10 @@ void appendCsvValue(std::string& out, const RecordValue& v) {
       out += "#MISSING";
       break;
     case ValueKind::kText:
+      // One '#' starts a marker; a text that begins with '#' gets a second
+      // one, so that the two are never taken for each other.
+      appendCsvField(out, v.text.starts_with('#') ? "#" + v.text : v.text);
+      break;
     case ValueKind::kTime:
       appendCsvField(out, v.text);
       break;
@@ -183,18 +193,32 @@ std::vector<std::string> columnNames(const ItemInfo& fields, const std::vector<s
   return names;
 }
 
+// What the records are read from: the box as vorn analyses it (its
+// problems), and the trace that lists the records, which is that analysis
+// itself unless the cards are traced behind another field table.
+struct Source {
+  const AnalysedFile* box = nullptr;
+  std::unique_ptr<AnalysedFile> behind;  // the cards traced behind another field table
+  TracedBytes traced;                    // the bytes of that trace
+  bool values = true;                    // a field table is known: values are decoded
+  std::string unreadable;                // why the box's own field table cannot be read
+  std::vector<std::string> notes;        // changes to the field table, for the reader
+  bool typesLost = false;                // some values are not shown as their type
+
+  const AnalysedFile& trace() const { return behind ? *behind : *box; }
+};
+
 class Exporter {
  public:
-  Exporter(const AnalysedFile& file, const ExportArguments& args, ValueDecoder& decoder, Sink& sink)
-      : file_(file),
+  Exporter(const Source& source, const ExportArguments& args, ValueDecoder& decoder, Sink& sink)
+      : source_(source),
         args_(args),
         decoder_(decoder),
         sink_(sink),
-        a_(*file.analysis),
+        a_(*source.trace().analysis),
         view_(a_.file.view()),
-        fields_(*a_.itemInfo),
-        fieldProblem_(readFieldTable(view_).problem) {
-    for (const Finding& f : file.findings) {
+        fields_(*a_.itemInfo) {
+    for (const Finding& f : source.trace().findings) {
       if (f.isCard()) codes_[f.index].push_back(f.code);
     }
   }
@@ -202,16 +226,20 @@ class Exporter {
   // The number of records not sound (damaged ones and those with values missing).
   size_t run() {
     const bool csv = args_.format == "csv";
-    const bool values = fieldProblem_.empty();
+    const bool values = source_.values;
     csv ? csvHead(values) : jsonHead(values);
-    const std::vector<Record> records = listRecords(view_, *a_.chain, fields_, args_.deleted && values);
-    size_t incomplete = 0;
-    for (size_t n = 0; n < records.size(); ++n) {
-      if (!decodeRecord(records[n], values)) ++incomplete;
-      csv ? csvRecord(records[n], values) : jsonRecord(records[n], values, n == 0);
+    RecordMap map =
+        mapRecords(view_, *a_.chain, fields_, source_.traced.areaStart, {.deleted = args_.deleted && values});
+    // Without a field table no card can be judged by its own bytes: only
+    // the chain's cards are shown.
+    if (!values) std::erase_if(map.records, [](const Record& r) { return r.card < 0; });
+    size_t incomplete = source_.typesLost ? map.records.size() : 0;
+    for (size_t n = 0; n < map.records.size(); ++n) {
+      if (!decodeRecord(map.records[n], values) && !source_.typesLost) ++incomplete;
+      csv ? csvRecord(map.records[n], values) : jsonRecord(map.records[n], values, n == 0);
       sink_.maybeFlush();
     }
-    if (!csv) sink_.buffer() += records.empty() ? "]\n}\n" : "\n]\n}\n";
+    if (!csv) sink_.buffer() += map.records.empty() ? "]\n}\n" : "\n]\n}\n";
     sink_.flush();
     return incomplete;
   }
@@ -249,14 +277,19 @@ class Exporter {
   }
 
   void jsonHead(bool withValues) {
+    const AnalysedFile& file = *source_.box;
     Json box;
-    box["file"] = printable(file_.path);
-    box["size"] = a_.file.size;
+    box["file"] = printable(file.path);
+    box["size"] = file.analysis->file.size;
     box["encoding"] = printable(args_.encoding);
-    box["problems"] = {{"critical", file_.counts.critical},
-                       {"errors", file_.counts.errors},
-                       {"warnings", file_.counts.warnings}};
-    box["fields_unreadable"] = withValues ? Json(nullptr) : Json(fieldProblem_);
+    box["problems"] = {{"critical", file.counts.critical},
+                       {"errors", file.counts.errors},
+                       {"warnings", file.counts.warnings}};
+    box["fields_unreadable"] =
+        source_.unreadable.empty() ? Json(nullptr) : Json(printable(source_.unreadable));
+    Json notes = Json::array();
+    for (const std::string& n : source_.notes) notes.push_back(printable(n));
+    box["fields_notes"] = notes;
     std::string& out = sink_.buffer();
     out += "{\n\"schema\": " + std::to_string(kSchema) + ",\n\"box\": ";
     out += box.dump(-1, ' ', false, Json::error_handler_t::replace);
@@ -271,18 +304,23 @@ class Exporter {
     out += withValues && fields_.count ? "\n],\n\"records\": [" : "],\n\"records\": [";
   }
 
+  // The record's card index, or nothing for one found outside the chain.
+  std::string cardOf(const Record& r, const char* none) const {
+    return r.card < 0 ? none : std::to_string(r.card);
+  }
+
   void jsonRecord(const Record& r, bool withValues, bool first) {
     std::string& out = sink_.buffer();
     out += first ? "\n  {\"card\":" : ",\n  {\"card\":";
-    out += std::to_string(r.card);
+    out += cardOf(r, "null");
     out += ",\"offset\":";
-    out += std::to_string(r.offset);
+    out += std::to_string(source_.traced.original(r.offset));
     out += ",\"id\":";
     out += std::to_string(r.id);
     out += ",\"state\":\"";
     out += stateName(r.state);
     out += "\",\"findings\":[";
-    out += codeList(findCodes(r.card), ",", true);
+    if (r.card >= 0) out += codeList(findCodes(r.card), ",", true);
     if (!withValues) {
       out += "],\"raw\":\"" + raw_ + "\"}";
       return;
@@ -313,15 +351,15 @@ class Exporter {
 
   void csvRecord(const Record& r, bool withValues) {
     std::string& out = sink_.buffer();
-    out += std::to_string(r.card);
+    out += cardOf(r, "");
     out += ',';
-    out += std::to_string(r.offset);
+    out += std::to_string(source_.traced.original(r.offset));
     out += ',';
     out += std::to_string(r.id);
     out += ',';
     out += stateName(r.state);
     out += ',';
-    out += codeList(findCodes(r.card), " ", false);
+    if (r.card >= 0) out += codeList(findCodes(r.card), " ", false);
     if (!withValues) {
       out += ',' + raw_;
     } else {
@@ -333,14 +371,13 @@ class Exporter {
     out += "\r\n";
   }
 
-  const AnalysedFile& file_;
+  const Source& source_;
   const ExportArguments& args_;
   ValueDecoder& decoder_;
   Sink& sink_;
   const BoxAnalysis& a_;
   ByteView view_;
   const ItemInfo& fields_;
-  std::string fieldProblem_;
   std::unordered_map<int32_t, std::vector<uint32_t>> codes_;
   std::vector<RecordValue> values_;
   std::string raw_;
@@ -349,6 +386,48 @@ class Exporter {
 int fail(const std::string& path, const std::string& reason, int status) {
   std::fprintf(stderr, "boxtool: %s: %s\n", printable(path).c_str(), printable(reason).c_str());
   return status;
+}
+
+// The field table the records are read with, and the trace of the cards
+// behind it.  Without a table the cards' values cannot be told apart: when
+// the cards agree on how many values they hold, those are shown without
+// their types; otherwise each record's body is shown in hex.
+int prepare(const ExportArguments& args, const AnalysedFile& file, Source& source) {
+  source.box = &file;
+  const ByteView view = file.analysis->file.view();
+  FieldTable table;
+  bool own = args.fieldsFrom.empty();
+  if (own) {
+    table = readFieldTable(view);
+  } else {
+    std::string why;
+    const int status = fieldTableOf(args.fieldsFrom, table, why);
+    if (status != exit_status::kClean) return fail(args.fieldsFrom, why, status);
+    source.notes.push_back("the field table of " + args.fieldsFrom);
+  }
+  if (!table.problem.empty()) {
+    source.unreadable = table.problem;
+    if (table.cardValueCount < 0) {
+      source.values = false;
+      source.traced.view = view;
+      source.traced.areaStart = file.analysis->headerCheck->firstCardOffset();
+      source.traced.asItStands = true;
+      return exit_status::kClean;
+    }
+    table.itemInfo = untypedItemInfo(table.cardValueCount);
+    own = false;
+    source.typesLost = true;
+    source.notes.push_back(
+        format("the cards hold %d values each; they are shown without their types, as text or hex",
+               table.cardValueCount));
+  }
+  source.notes.insert(source.notes.end(), table.mended.begin(), table.mended.end());
+  source.typesLost = source.typesLost || table.typesChanged;
+  source.traced = tracedBytes(view, table.itemInfo, own, table.end, table.asStated);
+  if (!source.traced.view.data()) return fail(args.path, "the box is too large", exit_status::kNotAnalysed);
+  if (!source.traced.asItStands)
+    source.behind = std::make_unique<AnalysedFile>(file.path, source.traced.view);
+  return exit_status::kClean;
 }
 
 int runExport(const ExportArguments& args) {
@@ -362,6 +441,9 @@ int runExport(const ExportArguments& args) {
   }
   const AnalysedFile file(args.path);
   if (!file.analysed()) return fail(args.path, file.reason, exit_status::kNotAnalysed);
+  Source source;
+  const int prepared = prepare(args, file, source);
+  if (prepared != exit_status::kClean) return prepared;
 
   std::unique_ptr<OutputFile> output;
   if (!args.output.empty()) {
@@ -369,12 +451,12 @@ int runExport(const ExportArguments& args) {
     if (!output->opened()) return fail(args.output, output->error, exit_status::kNotWritten);
   }
   Sink sink(output ? output->stream() : stdout);
-  const size_t incomplete = Exporter(file, args, decoder, sink).run();
+  const size_t incomplete = Exporter(source, args, decoder, sink).run();
   if (output ? sink.failed() || !output->commit(true) : sink.failed() || std::fflush(stdout) != 0) {
     return fail(output ? args.output : "standard output", output ? output->error : "write failed",
                 exit_status::kNotWritten);
   }
-  return incomplete ? exit_status::kIncomplete : exit_status::kClean;
+  return incomplete || !source.values ? exit_status::kIncomplete : exit_status::kClean;
 }
 
 }  // namespace
@@ -387,6 +469,9 @@ Command addExportCommand(CLI::App& boxtool) {
   app->add_option("--encoding", args->encoding,
                   "The encoding of the texts (default UTF-8; EUC-JP, SHIFT_JIS, ...)");
   app->add_option("-o,--output", args->output, "Write to FILE instead of standard output")->type_name("FILE");
+  app->add_option("--fields-from", args->fieldsFrom,
+                  "Read the values with the field table of this box of the same application")
+      ->type_name("SOUND.BOX");
   app->add_option("BOX", args->path, "The box file")->required()->type_name("");
   return {app, [args] { return runExport(*args); }};
 }

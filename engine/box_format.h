@@ -55,6 +55,9 @@ inline constexpr uint32_t kCardHeadSize = 6;
 inline constexpr uint32_t kCardSizeField = 2;         // u32, from the card start
 inline constexpr uint32_t kCardAreaLengthOffset = 8;  // u16, from the card start
 inline constexpr uint32_t kCardAreaOffset = 10;       // item length area
+// What a normal card's size counts besides its area and values: the
+// unexamined word and the stated area length.
+inline constexpr uint32_t kCardBodyFixedSize = kCardAreaOffset - kCardHeadSize;  // 4
 
 // Card ID classes.
 inline constexpr uint16_t kGarbageId = 0x0000;
@@ -93,6 +96,8 @@ inline constexpr uint32_t kItemRecordLengthSize = 2;
 inline constexpr uint32_t kMaxDataId = 18;
 inline constexpr uint32_t kTimeDataId = 4;
 inline constexpr uint32_t kWeekDataId = 7;
+// A type without a fixed length: what a field of unknown type is written as.
+inline constexpr uint8_t kAnyLengthDataId = 3;
 inline constexpr uint32_t kTimeValueSize = 5;
 inline constexpr uint32_t kUnsetYear = 255;
 

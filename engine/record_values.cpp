@@ -8,8 +8,8 @@
 #include <ctime>
 
 #include "box_format.h"
+#include "card_values.h"
 #include "coding.h"
-#include "finding_codes.h"
 
 namespace {
 
@@ -215,87 +215,4 @@ void ValueDecoder::decode(const ItemInfoEntry& field, const uint8_t* bytes, uint
         appendHex(out.text, bytes, length);
       }
   }
-}
-
-bool bodyDecodes(const CardValues& values, const ItemInfo& fields, uint64_t end) {
-  if (values.decoded != values.count() || values.statedArea != values.areaLength) return false;
-  for (int k = 0; k < values.count(); ++k) {
-    if (!box::lengthFits(fields.entries[static_cast<size_t>(k)].dataId, values.length(k))) return false;
-    if (!values.valueIn(k, end)) return false;
-  }
-  return true;
-}
-
-std::vector<Record> listRecords(ByteView file, const cardChain& chain, const ItemInfo& fields, bool deleted) {
-  std::vector<Record> records;
-  const std::vector<CardRecord>& cards = chain.cards;
-  records.reserve(cards.size());
-  for (size_t i = 0; i < cards.size(); ++i) {
-    const CardRecord& card = cards[i];
-    const bool normal = box::isNormalId(card.id);
-    if (!normal && !(deleted && card.id == box::kGarbageId)) continue;
-    if (!chain.isFirstAtOffset(static_cast<int32_t>(i))) continue;
-    // The card ends where the trace read a card at a later offset.
-    uint64_t end = file.size();
-    for (size_t j = i + 1; j < cards.size(); ++j) {
-      if (cards[j].offset > card.offset) {
-        end = std::min<uint64_t>(end, cards[j].offset);
-        break;
-      }
-    }
-    Record r{static_cast<int32_t>(i), card.offset, card.id, RecordState::kSound, end};
-    if (normal) {
-      if (card.level & code::kFailing) r.state = RecordState::kDamaged;
-    } else {
-      // A deleted card's head must be whole, and its body must decode.
-      if (fields.count == 0 || uint64_t{card.offset} + box::kCardAreaOffset > end) continue;
-      if (!bodyDecodes(CardValues(file, card.offset, fields), fields, end)) continue;
-      r.state = RecordState::kDeleted;
-    }
-    records.push_back(r);
-  }
-  return records;
-}
-
-FieldTable readFieldTable(ByteView file) {
-  FieldTable table;
-  const uint32_t offset = file.u32(box::kItemInfoOffsetField).value_or(0);
-  const uint32_t firstCard = file.u32(box::kFirstCardField).value_or(0);
-  // The records end before the first card, when the header places it behind
-  // the item info; otherwise within the file.
-  const uint64_t limit = firstCard > offset && firstCard <= file.size() ? firstCard : file.size();
-  const auto count = file.u8(offset);
-  if (!count || offset >= limit) {
-    table.problem = "the item info lies outside the box file";
-    return table;
-  }
-  uint64_t p = uint64_t{offset} + box::kItemCountSize;
-  for (int i = 0; i < *count; ++i) {
-    const auto length = p + box::kItemRecordLengthSize <= limit ? file.u16(p) : std::nullopt;
-    if (!length || p + box::kItemRecordLengthSize + *length > limit) {
-      table.problem = "field " + std::to_string(i) + " of " + std::to_string(*count) + " runs past " +
-                      (limit == file.size() ? "the end of the file" : "the first card");
-      return table;
-    }
-    if (*length < box::kItemRecordFixedSize) {
-      table.problem = "field " + std::to_string(i) + " is shorter than a field description";
-      return table;
-    }
-    p += box::kItemRecordLengthSize + *length;
-  }
-  const uint8_t* start = file.data() + offset;
-  table.itemInfo.assign(start, file.data() + p);
-  // Mend the data IDs the format does not know.
-  size_t q = box::kItemCountSize;
-  for (int i = 0; i < *count; ++i) {
-    const uint32_t length = decodeFixed16(table.itemInfo.data() + q);
-    uint8_t& dataId = table.itemInfo[q + box::kItemRecordLengthSize];
-    if (dataId == 0 || dataId > box::kMaxDataId) {
-      table.mended.push_back("field " + std::to_string(i) + ": unknown data ID " + std::to_string(dataId) +
-                             " written as 3 (values of any length)");
-      dataId = 3;
-    }
-    q += box::kItemRecordLengthSize + length;
-  }
-  return table;
 }

@@ -1,14 +1,11 @@
-// The records of a box and their values as typed values: what is read when
-// records are exported or rescued into a new box.
+// The values of a box's records as typed values: what export shows.
 //
-// A record is a normal card of the card list the trace built (in chain
-// order), or a deleted card whose body still decodes as a normal card's.
-// Its values are decoded by CardValues against the field table; a value is
-// present when its length is in the file and its bytes lie within the card
-// and the file.
+// A record's values are decoded by CardValues against the field table
+// (record_map.h says which cards are records); a value is present when its
+// length is in the file and its bytes lie within the card and the file.
 //
 //   ValueDecoder decoder("EUC-JP");
-//   for (const Record& r : listRecords(file, chain, fields, true)) {
+//   for (const Record& r : mapRecords(file, chain, fields, areaStart, {.deleted = true}).records) {
 //     const CardValues values(file, r.offset, fields);
 //     for (int k = 0; k < values.count(); ++k)
 //       if (valuePresent(values, k, r.end)) decoder.decode(fields.entries[k], ..., value);
@@ -19,9 +16,6 @@
 #include <string>
 #include <vector>
 
-#include "byte_view.h"
-#include "card_chain.h"
-#include "card_values.h"
 #include "item_info.h"
 
 enum class ValueKind {
@@ -76,47 +70,3 @@ bool validUtf8(const uint8_t* bytes, size_t length);
 
 // Lowercase hex, two digits a byte, appended to out.
 void appendHex(std::string& out, const uint8_t* bytes, size_t length);
-
-enum class RecordState { kSound, kDamaged, kDeleted };
-
-struct Record {
-  int32_t card = 0;  // index in the card list
-  uint32_t offset = 0;
-  uint16_t id = 0;
-  RecordState state = RecordState::kSound;
-  // Where the card ends for its values: where the trace read the next card
-  // (a later offset), or the end of the file.
-  uint64_t end = 0;
-};
-
-// The records of a traced chain in chain order: every normal card (damaged
-// when its level holds an Error or a Critical), and with deleted every
-// garbage card whose body decodes (bodyDecodes).  A card read twice at the
-// same offset is listed once.
-std::vector<Record> listRecords(ByteView file, const cardChain& chain, const ItemInfo& fields, bool deleted);
-
-// Whether value k can be read: its length is in the file and its bytes lie
-// before end.
-inline bool valuePresent(const CardValues& values, int k, uint64_t end) {
-  return k < values.decoded && values.valueIn(k, end);
-}
-
-// Whether the card decodes as a normal card's body against fields: every
-// item length is in the file and fits its field, the stated area length is
-// the decoded one, and every value lies before end.
-bool bodyDecodes(const CardValues& values, const ItemInfo& fields, uint64_t end);
-
-// A box's field table as a new box can hold it: the count byte and every
-// record as it stands in the file, the item info size taken from where the
-// records end.  Data IDs the format does not know are written as 3, which
-// takes values of any length as the analysis takes them.
-struct FieldTable {
-  std::vector<uint8_t> itemInfo;    // count byte and records
-  std::string problem;              // why the table cannot be read; empty when it can
-  std::vector<std::string> mended;  // each change made, for the user
-};
-
-// Reads the field table at the place the header gives.  It cannot be read
-// when the count byte or a record is not in the file, a record is shorter
-// than its fixed fields, or the records run past the first card.
-FieldTable readFieldTable(ByteView file);

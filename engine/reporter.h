@@ -26,3 +26,11 @@ class Reporter {
   // The analysis ignores the result.
   virtual int progress(int stage, int percent);
 };
+
+// A sink that shows nothing: delivery alone raises the levels that tell
+// sound cards from damaged ones, for an analysis run for its results.
+class SilentReporter : public Reporter {
+ public:
+  void message(const char*, va_list) override {}
+  void entry(int32_t, uint32_t, uint32_t, uint32_t, uint32_t, const char*, const char*, va_list) override {}
+};

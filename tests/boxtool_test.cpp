@@ -115,7 +115,7 @@ std::vector<GoldenRun> goldenRuns() {
   runs.push_back({"export_VALUES.csv", {"export", "--format", "csv", "VALUES.box"}});
   runs.push_back({"export_misfits.json", {"export", "card_item_length_misfits.box"}});
   runs.push_back({"export_size_rule.csv", {"export", "--format=csv", "card_size_rule_broken.box"}});
-  runs.push_back({"export_unreadable_fields.json", {"export", "hostile_record_length_below_6.box"}});
+  runs.push_back({"export_mended_fields.json", {"export", "hostile_record_length_below_6.box"}});
   runs.push_back({"export_duplicates.csv", {"export", "--format", "csv", "census_duplicate_ids.box"}});
   return runs;
 }

@@ -4,7 +4,7 @@
 
 SilentAnalysis::SilentAnalysis(const char* path) : analysis(path) {
   if (!analysis.file.data) return;
-  Silent silent;
+  SilentReporter silent;
   ReportScope scope(&silent, {});
   analysis.run();
   ran_ = true;

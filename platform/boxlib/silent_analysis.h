@@ -18,10 +18,5 @@ class SilentAnalysis {
   BoxAnalysis analysis;
 
  private:
-  class Silent : public Reporter {
-   public:
-    void message(const char*, va_list) override {}
-    void entry(int32_t, uint32_t, uint32_t, uint32_t, uint32_t, const char*, const char*, va_list) override {}
-  };
   bool ran_ = false;
 };

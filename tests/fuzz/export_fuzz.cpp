@@ -1,7 +1,9 @@
 // The export of records over any bytes held in memory: every record the
 // trace lists is decoded, its values typed, in UTF-8 and in EUC-JP.
 #include "box_analysis.h"
+#include "field_table.h"
 #include "fuzz_support.h"
+#include "record_map.h"
 #include "record_values.h"
 #include "report_scope.h"
 
@@ -16,7 +18,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const ItemInfo& fields = *analysis.itemInfo;
   RecordValue value;
   readFieldTable(view);
-  for (const Record& r : listRecords(view, *analysis.chain, fields, true)) {
+  for (const Record& r :
+       mapRecords(view, *analysis.chain, fields, analysis.headerCheck->firstCardOffset(), {.deleted = true})
+           .records) {
     if (r.end > view.size() || r.offset > r.end) __builtin_trap();
     const CardValues values(view, r.offset, fields);
     for (int k = 0; k < values.count(); ++k) {

@@ -23,7 +23,7 @@ class FailureSeen : public Reporter {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const ByteView broken(data, static_cast<uint32_t>(size));
   for (const bool deleted : {false, true}) {
-    const RescuedBox r = rescueBox(broken, nullptr, deleted);
+    const RescuedBox r = rescueBox(broken, {.deleted = deleted});
     if (!r.problem.empty()) {
       // Only an unreadable field table, or a box that would not check clean
       // (which must never happen), stops a rescue.

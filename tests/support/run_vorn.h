@@ -27,6 +27,10 @@ RunResult runBoxtool(const std::vector<std::string>& args, const std::string& di
 
 std::vector<std::string> splitLines(const std::string& text);
 
+// The rows of RFC 4180 CSV text (quoted fields with doubled quotes, CRLF
+// line ends), each as its fields.
+std::vector<std::vector<std::string>> parseCsv(const std::string& text);
+
 // args followed by more.
 std::vector<std::string> with(std::vector<std::string> args, const std::vector<std::string>& more);
 

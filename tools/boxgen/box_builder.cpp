@@ -130,6 +130,11 @@ void setItemDataId(Bytes& bytes, size_t k, uint8_t dataId) {
   bytes.at(itemRecordAt(bytes, k) + box::kItemRecordLengthSize) = dataId;
 }
 
+void zeroItemInfo(Bytes& bytes) {
+  const auto from = bytes.begin() + box::kItemInfoOffset;
+  std::fill(from, from + header(bytes, HeaderField::kItemInfoSize), 0);
+}
+
 void setCardId(Bytes& bytes, uint32_t card, uint16_t id) { putU16(bytes, card, id); }
 
 void setCardSize(Bytes& bytes, uint32_t card, uint32_t size) {

@@ -62,6 +62,8 @@ void setDefaultLink(Bytes& bytes, uint32_t value);
 void setItemCount(Bytes& bytes, uint8_t count);
 void setItemRecordLength(Bytes& bytes, size_t k, uint16_t length);
 void setItemDataId(Bytes& bytes, size_t k, uint8_t dataId);
+// Zeroes the whole item info, as the header declares its size.
+void zeroItemInfo(Bytes& bytes);
 
 // A card, by the file offset where it starts (BuiltBox::offsets).
 void setCardId(Bytes& bytes, uint32_t card, uint16_t id);
