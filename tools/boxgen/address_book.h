@@ -3,6 +3,8 @@
 // an update time, a unique ID) and deterministic values for any card ID.
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -81,6 +83,43 @@ inline BuiltBox bigAddressBook(unsigned cards, bool damage, unsigned memoBytes =
     }
   }
   return box;
+}
+
+// Ways a large box gets damaged, for benchmarks of damaged boxes.
+enum class Wreck {
+  kRandom,     // its middle half overwritten with random bytes
+  kZeros,      // three stretches of an eighth of it zeroed
+  kSizeEarly,  // the size of its tenth card one too large
+  kJunkTail,   // a quarter of its size in random bytes behind the terminator
+};
+
+// Damages box as kind says, the same way every time.
+inline void wreck(BuiltBox& box, Wreck kind) {
+  Bytes& b = box.bytes;
+  uint64_t state = 0x9E3779B97F4A7C15u;
+  const auto next = [&state] {
+    state ^= state << 13;
+    state ^= state >> 7;
+    state ^= state << 17;
+    return static_cast<uint8_t>(state);
+  };
+  const size_t n = b.size();
+  switch (kind) {
+    case Wreck::kRandom:
+      for (size_t k = n / 4; k < 3 * n / 4; ++k) b[k] = next();
+      break;
+    case Wreck::kZeros:
+      for (const size_t eighth : {1, 3, 5})
+        std::fill(b.begin() + static_cast<std::ptrdiff_t>(n * eighth / 8),
+                  b.begin() + static_cast<std::ptrdiff_t>(n * (eighth + 1) / 8), 0);
+      break;
+    case Wreck::kSizeEarly:
+      putU32(b, box.offsets[10] + 2, getU32(b, box.offsets[10] + 2) + 1);
+      break;
+    case Wreck::kJunkTail:
+      for (size_t k = 0; k < n / 4; ++k) b.push_back(next());
+      break;
+  }
 }
 
 }  // namespace boxtest
