@@ -100,7 +100,10 @@ void AnalysedFile::analyse() {
 
 int AnalysedFile::status() const {
   if (!analysed()) return exit_status::kNotAnalysed;
-  if (counts.critical + counts.errors > 0) return exit_status::kErrors;
-  if (counts.warnings > 0) return exit_status::kWarnings;
-  return exit_status::kClean;
+  // One bit per kind of finding, as over the files of a run: a file with
+  // Warnings and Errors gives both.
+  int status = exit_status::kClean;
+  if (counts.critical + counts.errors > 0) status |= exit_status::kErrors;
+  if (counts.warnings > 0) status |= exit_status::kWarnings;
+  return status;
 }

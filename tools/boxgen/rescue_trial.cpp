@@ -348,7 +348,8 @@ TrialResult runTrial(const Trial& trial) {
   // A kept record must be the body of one of the box's cards: as it was, or
   // the bytes at one of its cards' places now (a damaged record, whole by
   // its own bytes).
-  for (const auto& [body, id] : keptBodies) {
+  for (const auto& kept : keptBodies) {
+    const Bytes& body = kept.first;
     if (cardBodies.count(body)) continue;
     const bool atACard = std::any_of(known.elements.begin(), known.elements.end(), [&](const Element& e) {
       const uint64_t from = uint64_t{e.offset} + box::kCardHeadSize;
@@ -357,7 +358,7 @@ TrialResult runTrial(const Trial& trial) {
     });
     if (!atACard) {
       ++result.invented;
-      if (result.note.empty()) result.note = "invented ID " + std::to_string(id);
+      if (result.note.empty()) result.note = "invented ID " + std::to_string(kept.second);
     }
   }
   result.falseWhole = rescued.whole() && result.intactKept < result.intact;
