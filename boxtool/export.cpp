@@ -7,6 +7,11 @@
 // JSON records are formatted here rather than built as JSON objects, since
 // a box holds up to 65,279 records of a dozen values each.
 #include <algorithm>
+#include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 #include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -24,6 +29,7 @@
 namespace {
 
 using Json = nlohmann::ordered_json;
+using namespace std::string_view_literals;
 
 constexpr int kSchema = 2;
 constexpr size_t kFlushSize = 1 << 16;
@@ -58,7 +64,7 @@ class Sink {
   bool failed_ = false;
 };
 
-const char* stateName(RecordState s) {
+std::string_view stateName(RecordState s) {
   switch (s) {
     case RecordState::kSound:
       return "sound";
@@ -72,12 +78,61 @@ const char* stateName(RecordState s) {
   return "sound";
 }
 
+// Appends value in decimal.
+void appendUnsigned(std::string& out, uint64_t value) {
+  char digits[20];
+  char* end = digits + sizeof digits;
+  char* p = end;
+  do {
+    *--p = static_cast<char>('0' + value % 10);
+    value /= 10;
+  } while (value);
+  out.append(p, static_cast<size_t>(end - p));
+}
+
+// Whether any of the eight bytes of word is a quote, a backslash or a
+// control character (below 0x20), which a JSON string must escape.
+bool needsEscape(uint64_t word) {
+  constexpr uint64_t kOnes = 0x0101010101010101u;
+  constexpr uint64_t kHighBits = 0x8080808080808080u;
+  const auto zeroIn = [](uint64_t v) { return (v - kOnes) & ~v & kHighBits; };
+  // A byte below 0x20 has its three high bits clear.
+  return (zeroIn(word ^ (kOnes * '"')) | zeroIn(word ^ (kOnes * '\\')) | zeroIn(word & (kOnes * 0xE0))) != 0;
+}
+
+// The first i from at on, before the end of s, at which s holds a byte a
+// JSON string must escape; s.size() when there is none.  Sixteen bytes at
+// a time where the processor has SSE2, eight elsewhere.
+size_t nextEscape(std::string_view s, size_t at) {
+#if defined(__SSE2__)
+  const __m128i quote = _mm_set1_epi8('"');
+  const __m128i backslash = _mm_set1_epi8('\\');
+  const __m128i high = _mm_set1_epi8(static_cast<char>(0xE0));
+  const __m128i zero = _mm_setzero_si128();
+  for (; at + 16 <= s.size(); at += 16) {
+    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s.data() + at));
+    const __m128i hits = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, quote), _mm_cmpeq_epi8(v, backslash)),
+                                      _mm_cmpeq_epi8(_mm_and_si128(v, high), zero));
+    if (const int mask = _mm_movemask_epi8(hits)) return at + static_cast<size_t>(__builtin_ctz(mask));
+  }
+#endif
+  uint64_t word = 0;
+  while (at + 8 <= s.size() && (std::memcpy(&word, s.data() + at, 8), !needsEscape(word))) at += 8;
+  for (; at < s.size(); ++at) {
+    const auto b = static_cast<unsigned char>(s[at]);
+    if (b == '"' || b == '\\' || b < 0x20) return at;
+  }
+  return at;
+}
+
 // A JSON string of valid UTF-8.  Runs of characters that need no escape
 // are appended whole.
 void appendJsonString(std::string& out, std::string_view s) {
   out += '"';
   size_t plain = 0;  // start of the run not yet appended
   for (size_t i = 0; i < s.size(); ++i) {
+    i = nextEscape(s, i);
+    if (i >= s.size()) break;
     const auto b = static_cast<unsigned char>(s[i]);
     if (b != '"' && b != '\\' && b >= 0x20) continue;
     out.append(s, plain, i - plain);
@@ -103,34 +158,41 @@ void appendJsonString(std::string& out, std::string_view s) {
 void appendJsonValue(std::string& out, const RecordValue& v) {
   switch (v.kind) {
     case ValueKind::kNull:
-      out += "null";
+      out += "null"sv;
       break;
     case ValueKind::kMissing:
       out += "{\"missing\":true}";
       break;
     case ValueKind::kText:
     case ValueKind::kTime:
-      appendJsonString(out, v.text);
+      appendJsonString(out, v.textView());
       break;
     case ValueKind::kInteger:
-      out += std::to_string(v.integer);
+      appendUnsigned(out, v.integer);
       break;
     case ValueKind::kIllegalTime:
-      out += "{\"illegal_time\":\"" + v.text + "\"}";
+      out += R"({"illegal_time":")";
+      out += v.text;
+      out += R"("})";
       break;
     case ValueKind::kHex:
-      out += "{\"hex\":\"" + v.text + "\"}";
+      out += R"({"hex":")";
+      out += v.text;
+      out += R"("})";
       break;
   }
 }
 
-// One CSV field; quoted when it holds a separator, a quote or a line break.
-void appendCsvField(std::string& out, std::string_view s) {
+// One CSV field, prefix and s; quoted when it holds a separator, a quote or
+// a line break.
+void appendCsvField(std::string& out, std::string_view s, std::string_view prefix = "") {
   if (s.find_first_of(",\"\r\n") == std::string_view::npos) {
+    out += prefix;
     out += s;
     return;
   }
   out += '"';
+  out += prefix;
   for (const char c : s) {
     if (c == '"') out += '"';
     out += c;
@@ -148,13 +210,13 @@ void appendCsvValue(std::string& out, const RecordValue& v) {
     case ValueKind::kText:
       // One '#' starts a marker; a text that begins with '#' gets a second
       // one, so that the two are never taken for each other.
-      appendCsvField(out, v.text.starts_with('#') ? "#" + v.text : v.text);
+      appendCsvField(out, v.textView(), v.textView().starts_with('#') ? "#" : "");
       break;
     case ValueKind::kTime:
       appendCsvField(out, v.text);
       break;
     case ValueKind::kInteger:
-      out += std::to_string(v.integer);
+      appendUnsigned(out, v.integer);
       break;
     case ValueKind::kIllegalTime:
       out += "#TIME:" + v.text;
@@ -305,27 +367,31 @@ class Exporter {
   }
 
   // The record's card index, or nothing for one found outside the chain.
-  std::string cardOf(const Record& r, const char* none) const {
-    return r.card < 0 ? none : std::to_string(r.card);
+  void appendCard(std::string& out, const Record& r, std::string_view none) const {
+    if (r.card < 0) {
+      out += none;
+    } else {
+      appendUnsigned(out, static_cast<uint64_t>(r.card));
+    }
   }
 
   void jsonRecord(const Record& r, bool withValues, bool first) {
     std::string& out = sink_.buffer();
-    out += first ? "\n  {\"card\":" : ",\n  {\"card\":";
-    out += cardOf(r, "null");
-    out += ",\"offset\":";
-    out += std::to_string(source_.traced.original(r.offset));
-    out += ",\"id\":";
-    out += std::to_string(r.id);
-    out += ",\"state\":\"";
+    out += first ? "\n  {\"card\":"sv : ",\n  {\"card\":"sv;
+    appendCard(out, r, "null");
+    out += ",\"offset\":"sv;
+    appendUnsigned(out, source_.traced.original(r.offset));
+    out += ",\"id\":"sv;
+    appendUnsigned(out, r.id);
+    out += ",\"state\":\""sv;
     out += stateName(r.state);
-    out += "\",\"findings\":[";
+    out += "\",\"findings\":["sv;
     if (r.card >= 0) out += codeList(findCodes(r.card), ",", true);
     if (!withValues) {
       out += "],\"raw\":\"" + raw_ + "\"}";
       return;
     }
-    out += "],\"values\":[";
+    out += "],\"values\":["sv;
     for (size_t k = 0; k < values_.size(); ++k) {
       if (k) out += ',';
       appendJsonValue(out, values_[k]);
@@ -351,11 +417,11 @@ class Exporter {
 
   void csvRecord(const Record& r, bool withValues) {
     std::string& out = sink_.buffer();
-    out += cardOf(r, "");
+    appendCard(out, r, "");
     out += ',';
-    out += std::to_string(source_.traced.original(r.offset));
+    appendUnsigned(out, source_.traced.original(r.offset));
     out += ',';
-    out += std::to_string(r.id);
+    appendUnsigned(out, r.id);
     out += ',';
     out += stateName(r.state);
     out += ',';

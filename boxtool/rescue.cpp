@@ -232,7 +232,6 @@ RescuedBox rescueBox(ByteView broken, const RescueOptions& options) {
   writer.reserve(box::kItemInfoOffset + table.itemInfo.size() + keptBytes + t.view.size() / 16 + 4096);
   uint16_t maxId = 0;
   size_t keptNormal = 0;
-  std::vector<uint8_t> body;
   for (Kept& k : kept) {
     const Record& r = *k.source;
     if (k.newId == 0) {
@@ -250,14 +249,15 @@ RescuedBox rescueBox(ByteView broken, const RescueOptions& options) {
       }
     }
     // The body as it stands; of a deleted card, as far as its values reach.
-    const CardValues values(t.view, r.offset, fields);
     const uint64_t bodyStart = uint64_t{r.offset} + box::kCardHeadSize;
-    const uint64_t bodyEnd =
-        r.state == RecordState::kDeleted ? values.areaStart + values.areaLength + values.dataLength : r.end;
+    uint64_t bodyEnd = r.end;
+    if (r.state == RecordState::kDeleted) {
+      const CardValues values(t.view, r.offset, fields);
+      bodyEnd = values.areaStart + values.areaLength + values.valuesLength;
+    }
     const uint8_t* from = t.view.at(bodyStart, bodyEnd - bodyStart);
     if (!from || bodyEnd < bodyStart) continue;  // a whole record lies in the file; never here
-    body.assign(from, from + (bodyEnd - bodyStart));
-    writer.card(k.newId, body);
+    writer.card(k.newId, from, bodyEnd - bodyStart);
     maxId = std::max(maxId, k.newId);
     ++result.kept;
     if (r.state != RecordState::kDeleted) ++keptNormal;
@@ -283,8 +283,8 @@ RescuedBox rescueBox(ByteView broken, const RescueOptions& options) {
       if (indexCard) continue;
       indexCard = true;
     }
-    const uint8_t* from = t.view.at(uint64_t{card.offset} + box::kCardHeadSize, size - box::kCardHeadSize);
-    writer.card(card.id, std::vector<uint8_t>(from, from + (size - box::kCardHeadSize)));
+    writer.card(card.id, t.view.at(uint64_t{card.offset} + box::kCardHeadSize, size - box::kCardHeadSize),
+                size - box::kCardHeadSize);
     ++result.systemCards;
   }
   writer.terminator();

@@ -29,10 +29,14 @@ void BoxWriter::reserve(size_t bytes) {
 }
 
 uint32_t BoxWriter::card(uint16_t id, const std::vector<uint8_t>& body) {
+  return card(id, body.data(), body.size());
+}
+
+uint32_t BoxWriter::card(uint16_t id, const uint8_t* body, size_t size) {
   const auto at = static_cast<uint32_t>(out_.size());
   appendFixed16(out_, id);
-  appendFixed32(out_, static_cast<uint32_t>(body.size()));
-  out_.insert(out_.end(), body.begin(), body.end());
+  appendFixed32(out_, static_cast<uint32_t>(size));
+  out_.insert(out_.end(), body, body + size);
   cards_.emplace_back(id, at);
   return at;
 }

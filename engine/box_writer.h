@@ -35,6 +35,7 @@ class BoxWriter {
   // A card with a head (ID and size) and the body as it stands; returns the
   // card's file offset.
   uint32_t card(uint16_t id, const std::vector<uint8_t>& body);
+  uint32_t card(uint16_t id, const uint8_t* body, size_t size);
   // An offset card of the usual size, whose entries finish() fills.
   uint32_t offsetCard();
   // Bytes in the chain without a head of their own.

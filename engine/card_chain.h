@@ -8,6 +8,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -16,6 +17,7 @@
 #include "card_record.h"
 #include "findings.h"
 #include "item_info.h"
+#include "salvage_scan.h"
 
 class cardChain : public Checker {
  public:
@@ -77,6 +79,10 @@ class cardChain : public Checker {
   bool hasLaterDuplicate(size_t index) const;
 
   ByteView file_;
+  // The salvage scan over the file, made at the first salvage and kept:
+  // what it learnt of the bytes serves the scans after it.
+  mutable std::unique_ptr<SalvageScan> scan_;
+  mutable const ItemInfo* scanFields_ = nullptr;
   // Look-up by ID: for a long list a table of the first record of every ID
   // (65536 slots, -1 when absent) and of the last one; for a short list,
   // where filling those would cost more than the analysis, the (ID, index)

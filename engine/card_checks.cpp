@@ -55,7 +55,11 @@ int walkItemLengths(ByteView file, const ItemInfo& fields, CardRecord& record, c
 
 bool checkItems(ByteView file, CardRecord& record, const ItemInfo& fields) {
   const CardValues values(file, record.offset, fields);
-  if (walkItemLengths(file, fields, record, values) > 0) {
+  const int misfits = walkItemLengths(file, fields, record, values);
+  record.consistent = misfits == 0 && values.decoded == values.count() &&
+                      values.areaLength == values.statedArea &&
+                      record.size == box::kCardBodyFixedSize + values.areaLength + values.valuesLength;
+  if (misfits > 0) {
     reportHere(record, code::card::kIllegalLength, "Item with illegal lenth is exist.");
   }
   if (record.areaLength != values.statedArea) {

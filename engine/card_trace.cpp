@@ -34,21 +34,20 @@ int64_t cardChain::parseCardHead(CardRecord& record, uint32_t offset, uint32_t l
 }
 
 int64_t cardChain::scanForCard(const ItemInfo& fields, uint64_t start, uint32_t limit) const {
+  if (start >= limit) return 0;
+  const auto offset = [](uint64_t p) {
+    return static_cast<int64_t>(p) - static_cast<int64_t>(box::kCardAreaOffset);
+  };
+  // With no fields every position fits.
+  if (fields.count == 0) return offset(start);
+  // A position whose lengths run past the end of the file is rejected.
   const ByteView bounded(fileStart, std::min(limit, fileSize));
-  for (uint64_t p = start; p < limit; ++p) {
-    uint64_t q = p;
-    bool fits = true;
-    for (int k = 0; k < fields.count && fits; ++k) {
-      uint32_t length = 0;
-      uint32_t width = 0;
-      // A position whose lengths run past the end of the file is rejected.
-      fits = bounded.itemLength(q, &length, &width) &&
-             lengthFitsDataId(fields.entries[static_cast<size_t>(k)], length);
-      q += width;
-    }
-    if (fits) return static_cast<int64_t>(p) - static_cast<int64_t>(box::kCardAreaOffset);
+  if (!scan_ || scanFields_ != &fields || scan_->size() != bounded.size()) {
+    scan_ = std::make_unique<SalvageScan>(bounded, fields);
+    scanFields_ = &fields;
   }
-  return 0;
+  const uint64_t p = scan_->next(start);
+  return p < bounded.size() ? offset(p) : 0;
 }
 
 int cardChain::trace(uint32_t first, const ItemInfo& fields) {

@@ -25,7 +25,6 @@ CardValues::CardValues(ByteView file, uint64_t cardOffset, const ItemInfo& field
       p += width;
       items_[static_cast<size_t>(k)] = {length, offset};
       offset += length;
-      dataLength += length;
     }
     pos = static_cast<uint64_t>(p - file.data());
   } else {
@@ -36,10 +35,11 @@ CardValues::CardValues(ByteView file, uint64_t cardOffset, const ItemInfo& field
       pos += width;
       items_[static_cast<size_t>(k)] = {length, offset};
       offset += length;
-      dataLength += length;
     }
   }
   decoded = k;
+  valuesLength = offset;
+  dataLength = static_cast<uint32_t>(offset);
   // Lengths the file does not hold count 0.
   for (; k < count_; ++k) items_[static_cast<size_t>(k)] = {0, offset};
   areaLength = static_cast<uint32_t>(pos - areaStart);

@@ -30,11 +30,12 @@ class CardValues {
   // Whether value k lies wholly before end (the card's end, or the file's).
   bool valueIn(int k, uint64_t end) const { return position(k) <= end && length(k) <= end - position(k); }
 
-  uint64_t areaStart = 0;   // card offset + 10
-  uint32_t areaLength = 0;  // bytes the lengths read from the file take
-  uint32_t dataLength = 0;  // the lengths' sum, wrapping at 32 bits as the device's does
-  uint32_t statedArea = 0;  // the card's stated area length; 0 when not in the file
-  int decoded = 0;          // lengths read; the rest were not in the file
+  uint64_t areaStart = 0;     // card offset + 10
+  uint32_t areaLength = 0;    // bytes the lengths read from the file take
+  uint32_t dataLength = 0;    // the lengths' sum, wrapping at 32 bits as the device's does
+  uint64_t valuesLength = 0;  // the same sum without wrapping
+  uint32_t statedArea = 0;    // the card's stated area length; 0 when not in the file
+  int decoded = 0;            // lengths read; the rest were not in the file
 
  private:
   struct Item {

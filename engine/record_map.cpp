@@ -27,7 +27,8 @@ bool contains(const std::vector<uint64_t>& sorted, uint64_t value) {
 }
 
 std::vector<uint64_t> sortedValues(std::vector<uint64_t> values) {
-  std::sort(values.begin(), values.end());
+  // The chain's cards mostly stand in file order already.
+  if (!std::is_sorted(values.begin(), values.end())) std::sort(values.begin(), values.end());
   values.erase(std::unique(values.begin(), values.end()), values.end());
   return values;
 }
@@ -141,13 +142,14 @@ struct Run {
 };
 
 std::vector<Run> uncheckedRuns(const std::vector<Span>& spans, uint64_t areaStart, uint64_t fileSize) {
-  std::vector<uint64_t> starts{fileSize};
+  std::vector<uint64_t> starts;
   std::vector<uint64_t> ends{areaStart};
   for (const Span& s : spans) {
     if (!s.consistent) continue;
     starts.push_back(s.offset);
     ends.push_back(s.end);
   }
+  starts.push_back(fileSize);
   starts = sortedValues(std::move(starts));
   ends = sortedValues(std::move(ends));
   const auto unchecked = [](const Span& s) { return !s.consistent && !box::isNormalId(s.id); };
@@ -174,14 +176,19 @@ bool cardIsConsistent(ByteView file, uint64_t offset, const ItemInfo& fields, ui
   const uint32_t size = decodeFixed32(head + box::kCardSizeField);
   const uint64_t end = offset + box::kCardHeadSize + size;
   if (decodeFixed16(head) > box::kLastNormalId || end > limit || end > file.size()) return false;
+  // Each length takes 1 to 4 bytes, and the size holds the area and more.
+  const uint32_t stated = decodeFixed16(head + box::kCardAreaLengthOffset);
+  if (stated < smallestArea(fields.count) || stated > largestArea(fields.count) ||
+      size < box::kCardBodyFixedSize + uint64_t{stated})
+    return false;
   const CardValues values(file, offset, fields);
-  if (values.decoded != values.count() || values.statedArea != values.areaLength) return false;
-  uint64_t total = uint64_t{box::kCardBodyFixedSize} + values.areaLength;
+  if (values.decoded != values.count() || values.statedArea != values.areaLength ||
+      size != box::kCardBodyFixedSize + values.areaLength + values.valuesLength)
+    return false;
   for (int k = 0; k < values.count(); ++k) {
     if (!lengthFitsDataId(fields.entries[static_cast<size_t>(k)], values.length(k))) return false;
-    total += values.length(k);
   }
-  return total == size;
+  return true;
 }
 
 bool bodyDecodes(const CardValues& values, const ItemInfo& fields, uint64_t end) {
@@ -219,8 +226,10 @@ RecordMap mapRecords(ByteView file, const cardChain& chain, const ItemInfo& fiel
     const auto id = file.u16(o);
     const auto bodySize = file.u32(o + box::kCardSizeField);
     if (!id || !bodySize || o + box::kCardHeadSize + *bodySize > size) continue;
-    spans.push_back(
-        {o, o + box::kCardHeadSize + *bodySize, card, *id, cardIsConsistent(file, o, fields, size)});
+    // A normal card's content check already judged its own bytes.
+    const bool consistent =
+        box::isNormalId(*id) ? cards[i].consistent : cardIsConsistent(file, o, fields, size);
+    spans.push_back({o, o + box::kCardHeadSize + *bodySize, card, *id, consistent});
   }
   if (!std::is_sorted(spans.begin(), spans.end(), byOffset))
     std::stable_sort(spans.begin(), spans.end(), byOffset);
@@ -257,7 +266,7 @@ RecordMap mapRecords(ByteView file, const cardChain& chain, const ItemInfo& fiel
 
   // The consistent cards, chain and found, without overlaps.
   std::vector<Span*> consistent;
-  std::vector<uint64_t> starts{size};
+  std::vector<uint64_t> starts;
   std::vector<uint64_t> ends{areaStart};
   for (std::vector<Span>* list : {&spans, &found}) {
     for (Span& s : *list) {
@@ -267,6 +276,7 @@ RecordMap mapRecords(ByteView file, const cardChain& chain, const ItemInfo& fiel
       ends.push_back(s.end);
     }
   }
+  starts.push_back(size);
   starts = sortedValues(std::move(starts));
   ends = sortedValues(std::move(ends));
   std::sort(consistent.begin(), consistent.end(),

@@ -14,6 +14,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "item_info.h"
@@ -32,6 +33,12 @@ struct RecordValue {
   ValueKind kind = ValueKind::kNull;
   uint64_t integer = 0;
   std::string text;
+  // A UTF-8 text needs no conversion: it is the value's own bytes, which
+  // must outlive this value, and text stays empty.
+  std::string_view inPlace;
+
+  // The text of a kText, kTime, kIllegalTime or kHex value.
+  std::string_view textView() const { return inPlace.data() ? inPlace : std::string_view(text); }
 };
 
 // Turns a value's bytes into a typed value by its field's data ID: TIME (4)
@@ -53,7 +60,7 @@ class ValueDecoder {
   void decode(const ItemInfoEntry& field, const uint8_t* bytes, uint32_t length, RecordValue& out);
 
  private:
-  bool toText(const uint8_t* bytes, uint32_t length, std::string& out);
+  bool toText(const uint8_t* bytes, uint32_t length, RecordValue& out);
   bool utf8_ = false;
   void* converter_ = nullptr;  // an iconv_t
   std::string buffer_;

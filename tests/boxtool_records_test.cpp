@@ -125,7 +125,8 @@ INSTANTIATE_TEST_SUITE_P(
         TextCase{"control_characters_and_quotes", "a\x01\x1f\"\\\n\r\tb", "a\x01\x1f\"\\\n\r\tb"},
         TextCase{"like_a_marker", "#HEX:61", "##HEX:61"},
         TextCase{"begins_with_two_hashes", "##", "###"},
-        TextCase{"hash_inside", "a#b", "a#b"}),
+        TextCase{"hash_inside", "a#b", "a#b"},
+        TextCase{"like_a_marker_and_quoted", "#HEX:61,62", "##HEX:61,62"}),
     [](const testing::TestParamInfo<TextCase>& info) { return info.param.name; });
 // clang-format on
 
@@ -243,7 +244,7 @@ TEST_P(TypedValue, FollowsTheDataId) {
   RecordValue v;
   decoder.decode(field, c.bytes.data(), static_cast<uint32_t>(c.bytes.size()), v);
   EXPECT_EQ(static_cast<int>(v.kind), static_cast<int>(c.kind));
-  EXPECT_EQ(v.kind == ValueKind::kInteger ? std::to_string(v.integer) : v.text, c.shown);
+  EXPECT_EQ(v.kind == ValueKind::kInteger ? std::to_string(v.integer) : std::string(v.textView()), c.shown);
 }
 
 const std::string kUtf8 = "UTF-8";

@@ -28,7 +28,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       const ItemInfoEntry& field = fields.entries[static_cast<size_t>(k)];
       utf8.decode(field, view.data() + values.position(k), values.length(k), value);
       if (value.kind == ValueKind::kText &&
-          !validUtf8(reinterpret_cast<const uint8_t*>(value.text.data()), value.text.size()))
+          !validUtf8(reinterpret_cast<const uint8_t*>(value.textView().data()), value.textView().size()))
         __builtin_trap();
       eucJp.decode(field, view.data() + values.position(k), values.length(k), value);
     }

@@ -88,7 +88,7 @@ inline BuiltBox bigAddressBook(unsigned cards, bool damage, unsigned memoBytes =
 // Ways a large box gets damaged, for benchmarks of damaged boxes.
 enum class Wreck {
   kRandom,     // its middle half overwritten with random bytes
-  kZeros,      // three stretches of an eighth of it zeroed
+  kZeros,      // eight stretches of 64 KiB zeroed, spread through it
   kSizeEarly,  // the size of its tenth card one too large
   kJunkTail,   // a quarter of its size in random bytes behind the terminator
 };
@@ -109,9 +109,11 @@ inline void wreck(BuiltBox& box, Wreck kind) {
       for (size_t k = n / 4; k < 3 * n / 4; ++k) b[k] = next();
       break;
     case Wreck::kZeros:
-      for (const size_t eighth : {1, 3, 5})
-        std::fill(b.begin() + static_cast<std::ptrdiff_t>(n * eighth / 8),
-                  b.begin() + static_cast<std::ptrdiff_t>(n * (eighth + 1) / 8), 0);
+      for (size_t k = 1; k <= 8; ++k) {
+        const size_t at = n * k / 9;
+        std::fill(b.begin() + static_cast<std::ptrdiff_t>(at),
+                  b.begin() + static_cast<std::ptrdiff_t>(std::min(n, at + (size_t{64} << 10))), 0);
+      }
       break;
     case Wreck::kSizeEarly:
       putU32(b, box.offsets[10] + 2, getU32(b, box.offsets[10] + 2) + 1);

@@ -10,8 +10,8 @@
 // duplicate and offset-table paths have work to do.  With --memo, every
 // card's e-mail value carries BYTES more of text, for boxes of mail's size
 // (--memo 940 makes 65,000 cards about 67 MB).  With --wreck, the box is
-// then damaged: its middle half overwritten with random bytes, three
-// stretches of an eighth of it zeroed, its tenth card's size one too large,
+// then damaged: its middle half overwritten with random bytes, eight
+// stretches of 64 KiB zeroed, its tenth card's size one too large,
 // or a quarter of its size in random bytes appended.
 #include <cstdio>
 #include <cstdlib>

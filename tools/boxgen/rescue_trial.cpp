@@ -1,6 +1,7 @@
 #include "rescue_trial.h"
 
 #include <algorithm>
+#include <cstring>
 #include <map>
 #include <random>
 #include <set>
@@ -317,13 +318,15 @@ TrialResult runTrial(const Trial& trial) {
   }
 
   // What the new box holds, by body.
-  std::multimap<Bytes, uint16_t> keptBodies;
-  for (auto& [id, body] : cardsOf(rescued.bytes)) keptBodies.emplace(std::move(body), id);
+  // Bodies as strings: GCC 12 at -O3 misjudges the comparison of byte vectors.
+  const auto key = [](const Bytes& b) { return std::string(b.begin(), b.end()); };
+  std::multimap<std::string, uint16_t> keptBodies;
+  for (const auto& [id, body] : cardsOf(rescued.bytes)) keptBodies.emplace(key(body), id);
   result.kept = keptBodies.size();
 
   // A byte the damage changed, or cut off.
   const auto changed = [&](uint64_t at) { return at >= broken.size() || broken[at] != known.bytes[at]; };
-  std::set<Bytes> cardBodies;  // of the damaged box, at the places of its cards, as they are now
+  std::set<std::string> cardBodies;  // of the damaged box, at the places of its cards, as they are now
   for (const Element& e : known.elements) {
     if (!e.record && !e.deleted) continue;
     const auto from = known.bytes.begin() + e.offset + box::kCardHeadSize;
@@ -333,7 +336,7 @@ TrialResult runTrial(const Trial& trial) {
     for (uint64_t at = e.offset; intact && at < e.end; ++at) intact = !changed(at);
     if (intact) {
       ++result.intact;
-      const auto range = keptBodies.equal_range(body);
+      const auto range = keptBodies.equal_range(key(body));
       const bool sameId =
           std::any_of(range.first, range.second, [&](const auto& k) { return k.second == e.id; });
       if (range.first != range.second) ++result.intactKept;
@@ -343,18 +346,18 @@ TrialResult runTrial(const Trial& trial) {
                         (range.first == range.second ? " lost" : " kept under another ID");
       }
     }
-    cardBodies.insert(body);
+    cardBodies.insert(key(body));
   }
   // A kept record must be the body of one of the box's cards: as it was, or
   // the bytes at one of its cards' places now (a damaged record, whole by
   // its own bytes).
   for (const auto& kept : keptBodies) {
-    const Bytes& body = kept.first;
+    const std::string& body = kept.first;
     if (cardBodies.count(body)) continue;
     const bool atACard = std::any_of(known.elements.begin(), known.elements.end(), [&](const Element& e) {
       const uint64_t from = uint64_t{e.offset} + box::kCardHeadSize;
       return from + body.size() <= broken.size() &&
-             std::equal(body.begin(), body.end(), broken.begin() + static_cast<ptrdiff_t>(from));
+             std::memcmp(body.data(), broken.data() + from, body.size()) == 0;
     });
     if (!atACard) {
       ++result.invented;
