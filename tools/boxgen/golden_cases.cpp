@@ -3,6 +3,7 @@
 #include <cctype>
 #include <functional>
 
+#include "box_format.h"
 #include "coding.h"
 #include "hostile_files.h"
 #include "samples.h"
@@ -146,6 +147,15 @@ const Row kRows[] = {
     setHeader(b, HeaderField::kFirstCard, static_cast<uint32_t>(b.size()));
     return b;
   }},
+  // A record of 40 bytes (a 34-byte name) whose first 2 + 32 bytes, all that
+  // is kept of it, are the last in the file: it is read whole, its name cut
+  // to 26 bytes, and not taken as cut by the end of the file.
+  {"items_long_name_kept_bytes_at_the_end", [] {
+    Bytes b = withItemInfo(join({{1}, record(40, 1, 0, "LONGABCDEFGHIJKLMNOPQRSTUVWXYZ1234")}), 43);
+    b.resize(box::kItemInfoOffset + 1 + 2 + 32);
+    setHeader(b, HeaderField::kFirstCard, static_cast<uint32_t>(b.size()));
+    return b;
+  }},
   {"items_cut_off_by_the_end", [] {
     Bytes b = withItemInfo(join({{3}, record(6, 1, 0, "ABCD")}), 100);
     b.resize(b.size() - 2);  // no terminator, and half a length field
@@ -244,6 +254,19 @@ const Row kRows[] = {
         .rawCard(0xFFF1, shortEntry).rawCard(0xFFF1, withTail).card(1, {text("Alice")}).terminator().build().bytes;
   }},
   {"card_index_entry_name_past_the_body", [] { return indexEntryOverrunning(true); }},
+  // The first entry's name field runs past the body; the NUL just behind
+  // the body (the next card's ID) is not searched for, so nothing is listed.
+  {"card_index_first_entry_name_past_the_body", [] {
+    const Bytes first = {20, 0, 'W', 'X', 'Y', 'Z', 0, 0, 0, 0, 0, 0, 'o', 'n', 'e'};
+    return BoxBuilder().field(1, "NAME", "Name").card(1, {text("Ann")}).rawCard(0xFFF1, first).garbage(2)
+        .terminator().build().bytes;
+  }},
+  // A card whose head is the file's last 7 bytes: its stated area length
+  // (bytes 8 and 9) is not in the file and reads 0, as its decoded area is,
+  // so only the size rule is broken.
+  {"card_area_length_past_the_end", [] {
+    return BoxBuilder().field(1, "NAME", "Name").card(1, {text("Ann")}).rawCard(2, {0x41}).build().bytes;
+  }},
   {"card_index_entry_name_past_the_file", [] { return indexEntryOverrunning(false); }},
 
   // Census.
