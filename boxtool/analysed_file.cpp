@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include "printable.h"
+#include "progress.h"
 #include "report_scope.h"
 #include "reporter.h"
 
@@ -17,6 +18,10 @@ class ProblemCollector : public Reporter {
   explicit ProblemCollector(std::vector<Finding>& findings) : findings_(findings) {}
 
   void message(const char*, va_list) override {}
+  int progress(int stage, int percent) override {
+    if (Progress* p = currentProgress()) p->show(analysisPercent(stage, percent), 100);
+    return 1;
+  }
   void entry(int32_t index, uint32_t offset, uint32_t id, uint32_t size, uint32_t code, const char* text,
              const char* format, va_list args) override __attribute__((format(printf, 8, 0))) {
     if ((code & kProblemBits) == 0) return;

@@ -122,26 +122,53 @@ unsigned processorCount() {
 
 struct CheckArguments {
   CheckOptions options;
+  Progress::Mode progress = Progress::Mode::kAuto;
   unsigned jobs = processorCount();
   std::vector<std::string> paths;
 };
 
+// After several files, one line that sums them up.
+std::string totalLine(size_t files, const size_t byStatus[4], size_t notAnalysed) {
+  return format(
+      "%zu files: %zu without problems, %zu with warnings only, %zu with errors, %zu not analysed\n", files,
+      byStatus[0], byStatus[1], byStatus[2] + byStatus[3], notAnalysed);
+}
+
 int runCheck(const CheckArguments& args) {
   int status = exit_status::kClean;
+  size_t done = 0;
+  size_t byStatus[4] = {};  // files by their status bits 0..3
+  size_t unreadable = 0;
+  Progress progress("check", args.progress);
+  // A single file's own analysis shows its progress; several files, the
+  // files done.
+  if (args.paths.size() == 1) setCurrentProgress(&progress);
   const TaskRunner runner{[&](size_t i) { return checkFile(args.paths[i], args.options); },
                           [&](size_t i, const std::string& why) {
                             return notAnalysed(args.paths[i], "analysis " + why, args.options);
                           },
                           [&](const TaskOutput& output) {
+                            progress.clear();
                             std::fwrite(output.out.data(), 1, output.out.size(), stdout);
                             if (!output.err.empty()) {
-                              std::fflush(stdout);  // keep the two streams in file order on a terminal
+                              flushOutput();  // keep the two streams in file order on a terminal
                               std::fwrite(output.err.data(), 1, output.err.size(), stderr);
                             }
                             status |= output.status;
+                            if (output.status & exit_status::kNotAnalysed) {
+                              ++unreadable;
+                            } else {
+                              ++byStatus[output.status & 3];
+                            }
+                            progress.show(++done, args.paths.size(), "files");
                           }};
   runTasksInOrder(args.paths.size(), args.jobs, runner);
-  std::fflush(stdout);
+  setCurrentProgress(nullptr);
+  progress.clear();
+  if (args.paths.size() > 1 && !args.options.json) {
+    const std::string total = totalLine(args.paths.size(), byStatus, unreadable);
+    std::fwrite(total.data(), 1, total.size(), stdout);
+  }
   return status;
 }
 
@@ -156,6 +183,7 @@ Command addCheckCommand(CLI::App& boxtool) {
   app->add_option("-j,--jobs", args->jobs, "Check N files at a time (default: the number of processors)")
       ->type_name("N")
       ->check(CLI::Range(1u, kMaxJobs));
+  addProgressOptions(app, args->progress);
   app->add_option("BOX", args->paths, "Box files to check")->required()->type_name("");
   return {app, [args] { return runCheck(*args); }};
 }

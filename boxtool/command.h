@@ -7,10 +7,16 @@
 #include <CLI/CLI.hpp>
 #include <functional>
 
+#include "progress.h"
+
 struct Command {
   CLI::App* app;             // the subcommand, to tell whether it was chosen
   std::function<int()> run;  // runs it; returns the exit status
 };
+
+// --progress and --no-progress: the progress display on standard error
+// always, or never, instead of on a terminal only.
+void addProgressOptions(CLI::App* app, Progress::Mode& mode);
 
 Command addCheckCommand(CLI::App& boxtool);
 Command addInfoCommand(CLI::App& boxtool);

@@ -7,6 +7,7 @@
 // JSON records are formatted here rather than built as JSON objects, since
 // a box holds up to 65,279 records of a dozen values each.
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 
 #if defined(__SSE2__)
@@ -41,6 +42,7 @@ struct ExportArguments {
   std::string output;
   std::string fieldsFrom;
   std::string path;
+  Progress::Mode progress = Progress::Mode::kAuto;
 };
 
 // Buffered writing to a stream.
@@ -52,16 +54,22 @@ class Sink {
     if (buffer_.size() >= kFlushSize) flush();
   }
   void flush() {
-    if (!buffer_.empty() && std::fwrite(buffer_.data(), 1, buffer_.size(), out_) != buffer_.size())
-      failed_ = true;
+    errno = 0;
+    if (!buffer_.empty() && std::fwrite(buffer_.data(), 1, buffer_.size(), out_) != buffer_.size() &&
+        !error_) {
+      error_ = errno ? errno : EIO;
+      if (out_ == stdout) noteOutputError(error_);
+    }
     buffer_.clear();
   }
-  bool failed() const { return failed_ || std::ferror(out_); }
+  bool failed() const { return error_ != 0 || std::ferror(out_); }
+  // Why a write failed, in words.
+  std::string error() const { return std::strerror(error_ ? error_ : EIO); }
 
  private:
   FILE* out_;
   std::string buffer_;
-  bool failed_ = false;
+  int error_ = 0;  // the errno of the first write that failed
 };
 
 std::string_view stateName(RecordState s) {
@@ -297,6 +305,7 @@ class Exporter {
     if (!values) std::erase_if(map.records, [](const Record& r) { return r.card < 0; });
     size_t incomplete = source_.typesLost ? map.records.size() : 0;
     for (size_t n = 0; n < map.records.size(); ++n) {
+      if (Progress* p = currentProgress(); p && n % 256 == 0) p->show(n, map.records.size());
       if (!decodeRecord(map.records[n], values) && !source_.typesLost) ++incomplete;
       csv ? csvRecord(map.records[n], values) : jsonRecord(map.records[n], values, n == 0);
       sink_.maybeFlush();
@@ -505,6 +514,8 @@ int runExport(const ExportArguments& args) {
   if (!args.output.empty() && sameFile(args.output, args.path)) {
     return fail(args.output, "is the box itself; the box is never written", exit_status::kNotWritten);
   }
+  Progress progress("export", args.progress);
+  setCurrentProgress(&progress);
   const AnalysedFile file(args.path);
   if (!file.analysed()) return fail(args.path, file.reason, exit_status::kNotAnalysed);
   Source source;
@@ -518,10 +529,10 @@ int runExport(const ExportArguments& args) {
   }
   Sink sink(output ? output->stream() : stdout);
   const size_t incomplete = Exporter(source, args, decoder, sink).run();
-  if (output ? sink.failed() || !output->commit(true) : sink.failed() || std::fflush(stdout) != 0) {
-    return fail(output ? args.output : "standard output", output ? output->error : "write failed",
-                exit_status::kNotWritten);
-  }
+  setCurrentProgress(nullptr);
+  // A failure to write standard output is said once, when boxtool ends.
+  if (output && (sink.failed() || !output->commit(true)))
+    return fail(args.output, sink.failed() ? sink.error() : output->error, exit_status::kNotWritten);
   return incomplete || !source.values ? exit_status::kIncomplete : exit_status::kClean;
 }
 
@@ -538,6 +549,7 @@ Command addExportCommand(CLI::App& boxtool) {
   app->add_option("--fields-from", args->fieldsFrom,
                   "Read the values with the field table of this box of the same application")
       ->type_name("SOUND.BOX");
+  addProgressOptions(app, args->progress);
   app->add_option("BOX", args->path, "The box file")->required()->type_name("");
   return {app, [args] { return runExport(*args); }};
 }

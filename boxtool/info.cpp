@@ -231,7 +231,7 @@ int runInfo(const InfoArguments& args) {
   const Report report = makeReport(file);
   const std::string out = args.json ? layout(json(file, report)) : text(file, report);
   std::fwrite(out.data(), 1, out.size(), stdout);
-  std::fflush(stdout);
+  flushOutput();
   return exit_status::kClean;
 }
 

@@ -1,8 +1,10 @@
 #include "printable.h"
 
+#include <cerrno>
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 
 #include "record_values.h"
 
@@ -40,4 +42,24 @@ std::string format(const char* fmt, ...) {
   std::string out = vformat(fmt, args);
   va_end(args);
   return out;
+}
+
+namespace {
+int firstOutputError = 0;
+}  // namespace
+
+void noteOutputError(int error) {
+  if (firstOutputError == 0) firstOutputError = error ? error : EIO;
+}
+
+bool flushOutput() {
+  errno = 0;
+  const bool flushed = std::fflush(stdout) == 0 && !std::ferror(stdout);
+  if (!flushed) noteOutputError(errno);
+  return flushed;
+}
+
+std::string outputError() {
+  flushOutput();
+  return firstOutputError ? std::strerror(firstOutputError) : "";
 }

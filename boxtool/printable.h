@@ -6,6 +6,8 @@
 //   printable("\xa4\xa2 a\\b") -> \xa4\xa2 a\\b   (EUC-JP bytes, a backslash)
 #pragma once
 
+#include <cstdio>
+
 #include <cstdarg>
 #include <string>
 #include <string_view>
@@ -18,3 +20,13 @@ std::string printable(std::string_view bytes);
 // printf into a std::string.
 std::string format(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
 std::string vformat(const char* fmt, va_list args) __attribute__((format(printf, 1, 0)));
+
+// Flushes standard output, keeping the cause of the first write to it that
+// failed for outputError().  False when it failed.
+bool flushOutput();
+// Keeps error (an errno) as the cause of a failed write to standard output,
+// unless an earlier one is kept.
+void noteOutputError(int error);
+// Why writing to standard output failed ("No space left on device"), or
+// empty when it has not.
+std::string outputError();

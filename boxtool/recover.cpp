@@ -28,6 +28,7 @@ struct RecoverArguments {
   std::string fieldsFrom;
   std::string broken;
   std::string target;
+  Progress::Mode progress = Progress::Mode::kAuto;
 };
 
 int fail(const std::string& path, const std::string& reason, int status) {
@@ -142,8 +143,12 @@ int runRecover(const RecoverArguments& args) {
   // Mapped read-only: the broken box is read, never written.
   const BoxFile broken(args.broken.c_str());
   if (!broken.problem.empty()) return fail(args.broken, broken.problem, exit_status::kNotAnalysed);
+  Progress progress("recover", args.progress);
+  setCurrentProgress(&progress);
   const RescuedBox rescued =
       rescueBox(broken.view(), {args.fieldsFrom.empty() ? nullptr : &fields, args.deleted});
+  setCurrentProgress(nullptr);
+  progress.clear();
   // What was read from a file that shrank is partly zeros: write nothing.
   if (broken.shrank())
     return fail(args.broken, "the file shrank while it was being read", exit_status::kNotAnalysed);
@@ -169,7 +174,7 @@ int runRecover(const RecoverArguments& args) {
   const int status = rescued.whole() ? exit_status::kClean : exit_status::kIncomplete;
   const std::string text = args.json ? jsonSummary(args, rescued, status) : summary(rescued, args.target);
   std::fwrite(text.data(), 1, text.size(), stdout);
-  std::fflush(stdout);
+  flushOutput();
   return status;
 }
 
@@ -185,6 +190,7 @@ Command addRecoverCommand(CLI::App& boxtool) {
                   "Take the field table from this box of the same application")
       ->type_name("SOUND.BOX");
   app->add_flag("-f,--force", args->force, "Replace NEW.BOX when it exists");
+  addProgressOptions(app, args->progress);
   app->add_option("BROKEN.BOX", args->broken, "The damaged box; it is only read")->required()->type_name("");
   app->add_option("NEW.BOX", args->target, "The new box")->required()->type_name("");
   return {app, [args] { return runRecover(*args); }};

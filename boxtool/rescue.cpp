@@ -10,6 +10,7 @@
 #include "box_writer.h"
 #include "card_checks.h"
 #include "coding.h"
+#include "progress.h"
 #include "record_map.h"
 #include "report_scope.h"
 #include "reporter.h"
@@ -19,7 +20,7 @@ namespace {
 // True when the analysis delivered no Error and no Critical, against any
 // checker or any card.
 bool runsClean(BoxAnalysis& a) {
-  SilentReporter silent;
+  ProgressOnly silent;
   ReportScope scope(&silent, {});
   if (a.run()) return false;
   for (const CardRecord& card : a.chain->cards) {

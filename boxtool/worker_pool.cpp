@@ -143,6 +143,11 @@ class Pool {
       receiveAll(0);
     }
     while (!workers_.empty()) receiveAll(-1);
+    // A worker that died after it took a batch but before it recorded it in
+    // its slot took tasks nobody reported: the parent runs them now.
+    for (size_t task = emitted_; task < count_; ++task) {
+      if (!outputs_[task]) outputs_[task] = runner_.run(task);
+    }
     emitReady();
   }
 
@@ -169,8 +174,10 @@ class Pool {
         w.received.append(buffer, static_cast<size_t>(n));
         continue;
       }
+      // Taking the messages runs the callers' code, which may change errno.
+      const int error = n < 0 ? errno : 0;
       takeMessages(w);
-      if (n < 0 && (errno == EAGAIN || errno == EINTR)) return;
+      if (error == EAGAIN || error == EINTR) return;
       finish(k);  // the end of the pipe, or an error that ends it
       return;
     }

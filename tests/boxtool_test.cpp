@@ -68,10 +68,12 @@ INSTANTIATE_TEST_SUITE_P(
         StatusCase{"unreadable_first_others_checked", {"check", "-j", "2", "missing.box", "VALUES.box"}, 9, kMissing},
         StatusCase{"quiet_json_same_status", {"check", "--quiet", "--json", "VALUES.box", "SALVAGE.box"}, 3, ""},
         StatusCase{"usage_no_files", {"check"}, 16, "boxtool: BOX is required..."},
-        StatusCase{"usage_unknown_option", {"check", "--frobnicate", "KQADRS.box"}, 16, "boxtool: ..."},
+        StatusCase{"usage_unknown_subcommand_option", {"check", "--frobnicate", "KQADRS.box"}, 16, "boxtool: unknown option '--frobnicate'\nRun 'boxtool check --help' for more information.\n"},
         StatusCase{"usage_jobs_zero", {"check", "--jobs", "0", "KQADRS.box"}, 16, "boxtool: --jobs..."},
         StatusCase{"usage_no_subcommand", {}, 16, "boxtool: A subcommand is required..."},
-        StatusCase{"usage_unknown_subcommand", {"frobnicate"}, 16, "boxtool: ..."},
+        StatusCase{"usage_unknown_subcommand", {"frobnicate"}, 16, "boxtool: 'frobnicate' is not a subcommand; the subcommands are check, info, export, recover and compact\nRun 'boxtool --help' for more information.\n"},
+        StatusCase{"usage_unknown_option", {"-V"}, 16, "boxtool: unknown option '-V'\nRun 'boxtool --help' for more information.\n"},
+        StatusCase{"usage_box_like_an_option", {"check", "-dash.box"}, 16, "boxtool: unknown option '-dash.box' (a box whose name begins with '-' is given as ./NAME, or after --)\nRun 'boxtool check --help' for more information.\n"},
         StatusCase{"usage_info_two_boxes", {"info", "KQADRS.box", "VALUES.box"}, 16, "boxtool: ..."},
         StatusCase{"info_unreadable", {"info", "missing.box"}, 8, kMissing},
         StatusCase{"info_damaged_is_a_report", {"info", "TRUNC.box"}, 0, ""},
@@ -127,6 +129,26 @@ INSTANTIATE_TEST_SUITE_P(Runs, BoxtoolOutput, testing::ValuesIn(goldenRuns()),
                            std::replace(name.begin(), name.end(), '.', '_');
                            return name;
                          });
+
+// Every writer of standard output says when a write fails, with its cause:
+// check's status gains the bit 4, the others are 4.
+class BoxtoolOnAFullDisk : public testing::TestWithParam<std::pair<Args, int>> {};
+
+TEST_P(BoxtoolOnAFullDisk, SaysSo) {
+  const RunResult r = runProgram(boxtoolProgram(), GetParam().first, false, goldenPath(""), "/dev/full");
+  EXPECT_EQ(r.status, GetParam().second);
+  EXPECT_EQ(r.err, "boxtool: standard output: No space left on device\n");
+}
+
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(
+    Writers, BoxtoolOnAFullDisk,
+    testing::Values(std::pair<Args, int>{{"check", "VALUES.box"}, 5}, std::pair<Args, int>{{"check", "--json", "KQADRS.box"}, 4},
+                    std::pair<Args, int>{{"info", "KQADRS.box"}, 4}, std::pair<Args, int>{{"info", "--json", "KQADRS.box"}, 4},
+                    std::pair<Args, int>{{"export", "--format", "csv", "KQADRS.box"}, 4},
+                    std::pair<Args, int>{{"compact", "--dry-run", "KQADRS.box"}, 4},
+                    std::pair<Args, int>{{"check", "--help"}, 4}, std::pair<Args, int>{{"--version"}, 4}));
+// clang-format on
 
 // Every line of check --json parses and has the documented fields and
 // types; each summary's counts and status agree with its file's findings.

@@ -33,6 +33,42 @@ TEST(ModeChoice, OnlyTheFirstArgumentDecides) {
   }
 }
 
+// --help, -h, --version and -V are answered only when no file of that name
+// exists; a file that has one is analysed, as any other first argument.
+TEST(ModeChoice, HelpAndVersionUnlessAFileHasTheirName) {
+  for (const char* option : {"--help", "-h", "--version", "-V"}) {
+    const RunResult answered = runVorn({option});
+    EXPECT_EQ(answered.status, 0) << option;
+    EXPECT_EQ(answered.err, "") << option;
+    const bool help = std::string(option) == "--help" || std::string(option) == "-h";
+    EXPECT_NE(answered.out.find(help ? "vorn(1)" : "vorn 1."), std::string::npos) << option << answered.out;
+    TempBox box(BoxBuilder().terminator().build().bytes, option);
+    const RunResult analysed = runProgram(vornProgram(), {option}, false, box.dir());
+    EXPECT_EQ(analysed.out.rfind(" --   -1: 0x000000", 0), 0u) << option;
+  }
+}
+
+// A write to standard output that fails is said, with its cause.
+TEST(BadOutput, AFullDiskIsTold) {
+  for (const std::vector<std::string>& args :
+       {std::vector<std::string>{goldenPath("KQADRS.box")}, {"--help"}}) {
+    const RunResult r = runProgram(vornProgram(), args, false, "", "/dev/full");
+    EXPECT_EQ(r.status, 2) << args[0];
+    EXPECT_EQ(r.err, "vorn: standard output: No space left on device\n") << args[0];
+  }
+}
+
+// On a terminal whose character set is not EUC-JP the Japanese lines come
+// converted; in a pipe they stay the handheld's bytes.
+TEST(Terminal, JapaneseLinesInTheTerminalsCharacterSet) {
+  const std::string command = std::string(vornProgram()) + " " + goldenPath("KQADRS.box");
+  const RunResult onTerminal =
+      runProgram("/usr/bin/script", {"-qec", "LANG=C.UTF-8 " + command, "/dev/null"});
+  EXPECT_NE(onTerminal.out.find("MAX\xe3\x82\xab\xe3\x83\xbc\xe3\x83\x89ID"),
+            std::string::npos);  // MAXカードID
+  EXPECT_NE(runVorn({goldenPath("KQADRS.box")}).out.find("MAX\xa5\xab\xa1\xbc\xa5\xc9ID"), std::string::npos);
+}
+
 // Each row: a path in a directory holding an empty TEST.BOX (the directory
 // itself when empty, absolute when it starts with "/"), what makes it, and
 // the reason vorn gives.  The answer is one line on standard error, nothing

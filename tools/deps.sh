@@ -8,7 +8,7 @@ VORN_PACKAGES="
   cmake ninja-build g++ libgtest-dev libbenchmark-dev
   qt6-base-dev qt6-l10n-tools qt6-translations-l10n
   libcli11-dev nlohmann-json3-dev
-  clang-format shellcheck
+  clang-format shellcheck bash-completion
   scdoc dpkg-dev file
 "
 
@@ -42,6 +42,11 @@ vorn_ensure_packages() {
 # and the end of the log when the build fails.
 vorn_build() {
   local preset="$1" dir="$2"
+  # What the build stamps with a date, it stamps with the last commit's.
+  if [ -z "${SOURCE_DATE_EPOCH:-}" ] && git rev-parse --git-dir >/dev/null 2>&1; then
+    SOURCE_DATE_EPOCH="$(git log -1 --format=%ct)"
+    export SOURCE_DATE_EPOCH
+  fi
   shift 2
   mkdir -p "$dir"
   local log="$dir/build.log"

@@ -115,7 +115,8 @@ class StderrCapture {
  public:
   StderrCapture() : saved_(dup(STDERR_FILENO)) {
     std::fflush(stderr);
-    std::freopen(QFile::encodeName(file()).constData(), "w", stderr);
+    if (!std::freopen(QFile::encodeName(file()).constData(), "w", stderr))
+      qFatal("cannot capture standard error");
   }
   ~StderrCapture() {
     std::fflush(stderr);

@@ -28,7 +28,7 @@ std::string drain(const char* path) {
 }  // namespace
 
 RunResult runProgram(const std::string& program, const std::vector<std::string>& args, bool unprivileged,
-                     const std::string& dir) {
+                     const std::string& dir, const char* stdoutTo) {
   char outPath[] = "/tmp/vorn-out-XXXXXX";
   char errPath[] = "/tmp/vorn-err-XXXXXX";
   const int outFd = mkstemp(outPath);
@@ -41,7 +41,7 @@ RunResult runProgram(const std::string& program, const std::vector<std::string>&
   const pid_t pid = fork();
   if (pid < 0) throw std::runtime_error("fork failed");
   if (pid == 0) {
-    dup2(outFd, STDOUT_FILENO);
+    dup2(stdoutTo ? open(stdoutTo, O_WRONLY) : outFd, STDOUT_FILENO);
     dup2(errFd, STDERR_FILENO);
     dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
     setenv("TZ", "UTC", 1);
@@ -63,6 +63,9 @@ RunResult runProgram(const std::string& program, const std::vector<std::string>&
 }
 
 RunResult runVorn(const std::vector<std::string>& args) { return runProgram(VORN_BINARY, args); }
+
+const char* vornProgram() { return VORN_BINARY; }
+const char* boxtoolProgram() { return BOXTOOL_BINARY; }
 
 RunResult runVornUnprivileged(const std::vector<std::string>& args) {
   return runProgram(VORN_BINARY, args, true);

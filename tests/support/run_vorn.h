@@ -14,11 +14,16 @@ struct RunResult {
 
 // Runs program with args under TZ=UTC and without a display, in dir when
 // one is given.  With unprivileged, a caller that is root runs it as the user
-// nobody, so that file permissions apply.  Hangs are CTest's TIMEOUT to catch.
+// nobody, so that file permissions apply.  With stdoutTo, its standard
+// output goes to that file (/dev/full, say) instead of being captured.
+// Hangs are CTest's TIMEOUT to catch.
 RunResult runProgram(const std::string& program, const std::vector<std::string>& args,
-                     bool unprivileged = false, const std::string& dir = "");
+                     bool unprivileged = false, const std::string& dir = "", const char* stdoutTo = nullptr);
 
 RunResult runVorn(const std::vector<std::string>& args);
+// The vorn and boxtool programs of this build.
+const char* vornProgram();
+const char* boxtoolProgram();
 RunResult runVornUnprivileged(const std::vector<std::string>& args);
 
 // Runs boxtool in dir, tests/data when none is given, so that golden boxes

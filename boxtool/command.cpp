@@ -1,0 +1,9 @@
+#include "command.h"
+
+void addProgressOptions(CLI::App* app, Progress::Mode& mode) {
+  app->add_flag_callback(
+      "--progress", [&mode] { mode = Progress::Mode::kAlways; },
+      "Show progress on standard error even when it is not a terminal");
+  app->add_flag_callback(
+      "--no-progress", [&mode] { mode = Progress::Mode::kNever; }, "Show no progress");
+}
