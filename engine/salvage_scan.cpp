@@ -40,7 +40,7 @@ void eachLengthStart(const uint8_t* d, uint64_t length, uint8_t fixed, Visit vis
 
 }  // namespace
 
-SalvageScan::SalvageScan(ByteView file, const ItemInfo& fields) : file_(file), fields_(fields) {
+SalvageScan::SalvageScan(ByteView file, const ItemInfo& fields) : file_(file) {
   fixed_.reserve(static_cast<size_t>(fields.count));
   for (int k = 0; k < fields.count; ++k) {
     fixed_.push_back(fields.entries[static_cast<size_t>(k)].fixedLength);

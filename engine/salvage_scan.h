@@ -24,7 +24,6 @@
 
 class SalvageScan {
  public:
-  // fields must outlive the scan.
   SalvageScan(ByteView file, const ItemInfo& fields);
 
   // The first position in [start, file size) at which every field's length
@@ -41,7 +40,6 @@ class SalvageScan {
   void candidates(uint64_t from, uint64_t to, std::vector<uint64_t>& bits);
 
   ByteView file_;
-  const ItemInfo& fields_;
   std::vector<uint32_t> fixed_;  // each field's fixed length; 0 for any
   int firstFixed_ = -1;          // the first field of fixed length; -1 when none has one
   // The last answer and where its scan began: every position in between
