@@ -6,6 +6,8 @@
 
 #include <QString>
 
+#include <cstdint>
+#include <functional>
 #include <memory>
 
 class QWidget;
@@ -45,12 +47,25 @@ class ActionHost {
 
   // The result list: emptied; emptied and set to sort by the index key, as
   // an analysis wants it; one row of three texts added; a findings sink that
-  // files an analysis into it (echo copies entries to standard error).
+  // files an analysis into it (echo copies entries to standard error).  The
+  // sink may be used on another thread; what it files shows in the list
+  // once runInBackground() has run to its end.
   virtual void clearResults() = 0;
   virtual void clearResultsForAnalysis() = 0;
   virtual void addResultRow(const QString& index, const QString& id, const QString& context) = 0;
   virtual std::unique_ptr<Reporter> resultReporter(bool echo) = 0;
   virtual void hideProgress() = 0;
+
+  // Runs job on a thread of its own while the window stays alive: it
+  // repaints, shows the sink's progress, and drops the input it is given
+  // but a cancel.  One job uses the engine at a time (its settings are
+  // process-wide): a job starts when the one before has ended.  True when
+  // job ran to its end; false when the user cancelled, and job then ends on
+  // its own, keeping alive what it captured.
+  virtual bool runInBackground(std::function<void()> job) = 0;
+  // An analysis ran to its end: the size of its box file and the normal
+  // cards it holds.
+  virtual void analysisDone(uint64_t fileSize, uint32_t cards) = 0;
 
   // Busy: the working groups disabled while an action runs; when it ends
   // they are enabled again and the application choice has the focus.

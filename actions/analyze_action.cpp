@@ -15,25 +15,45 @@
 
 namespace {
 
+// One analysis, owned by the job that runs it, so that a cancelled run can
+// go on to its end without the window.
+struct AnalysisRun {
+  QByteArray name;
+  std::unique_ptr<Reporter> reporter;
+  std::unique_ptr<BoxAnalysis> analysis;
+  bool shrank = false;
+  uint64_t size = 0;
+  uint32_t cards = 0;
+};
+
 // Runs the analysis of path into the result list, or says why it cannot.
 void analyseInto(ActionHost& host, const QString& path, const ActionSwitches& switches) {
-  const QByteArray name = localFileName(path);
-  BoxAnalysis analysis(name.constData());
-  if (!analysis.file.data) {
+  auto run = std::make_shared<AnalysisRun>();
+  run->name = localFileName(path);
+  run->reporter = host.resultReporter(switches.debug);
+  const bool finished = host.runInBackground([run, switches] {
+    run->analysis = std::make_unique<BoxAnalysis>(run->name.constData());
+    if (!run->analysis->file.data) return;
+    {
+      ReportScope scope(run->reporter.get(), {switches.debug, switches.verbose, switches.noisy});
+      run->analysis->run();  // the rows are the outcome; the verdict is not used
+    }
+    run->shrank = run->analysis->file.shrank();
+    run->size = run->analysis->file.size;
+    run->cards = run->analysis->chain ? run->analysis->chain->normalCount : 0;
+  });
+  if (!finished) return;
+  if (!run->analysis->file.data) {
     // It exists but cannot be read: say why instead of an empty list.
     QMessageBox::warning(host.dialogParent(), QCoreApplication::translate("Vorn", "File error"),
                          QCoreApplication::translate("Vorn", "Box file cannot be read.\n%1\n%2")
-                             .arg(path, QString::fromLocal8Bit(analysis.file.problem.c_str())));
+                             .arg(path, QString::fromLocal8Bit(run->analysis->file.problem.c_str())));
     return;
   }
-  {
-    const std::unique_ptr<Reporter> reporter = host.resultReporter(switches.debug);
-    ReportScope scope(reporter.get(), {switches.debug, switches.verbose, switches.noisy});
-    analysis.run();  // the rows are the outcome; the verdict is not used
-    if (switches.verbose)
-      host.addResultRow(QCoreApplication::translate("Vorn", "BOX file name"), QLatin1String(""), path);
-  }
-  if (analysis.file.shrank()) {
+  if (switches.verbose)
+    host.addResultRow(QCoreApplication::translate("Vorn", "BOX file name"), QLatin1String(""), path);
+  host.analysisDone(run->size, run->cards);
+  if (run->shrank) {
     QMessageBox::warning(
         host.dialogParent(), QCoreApplication::translate("Vorn", "File error"),
         QCoreApplication::translate(

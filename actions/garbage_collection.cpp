@@ -33,10 +33,12 @@ namespace {
 // so a fault in a later call is caught as the first one was.
 sigjmp_buf gcJumpPoint;
 
-// Yes first, No second; default and escape as given.
+// Yes first, No second; default and escape as given.  The file, when
+// given, is named below the text.
 bool askYesNo(QWidget* parent, QMessageBox::Icon icon, const QString& caption, const QString& text,
-              QMessageBox::StandardButton defaultButton) {
+              QMessageBox::StandardButton defaultButton, const QString& file = QString()) {
   QMessageBox box(icon, caption, text, QMessageBox::Yes | QMessageBox::No, parent);
+  box.setInformativeText(shownFileName(file));
   box.setDefaultButton(defaultButton);
   box.setEscapeButton(QMessageBox::No);
   return box.exec() == QMessageBox::Yes;
@@ -227,7 +229,7 @@ void garbageCollectionAction(ActionHost& host) {
   actionLock lock(&host);
   if (!askYesNo(parent, QMessageBox::Warning, QCoreApplication::translate("Vorn", "Confirm"),
                 QCoreApplication::translate("Vorn", "Are you sure you want\nto exec garbage?"),
-                QMessageBox::No)) {
+                QMessageBox::No, path)) {
     return;
   }
 

@@ -1,17 +1,17 @@
 #include "resolution.h"
 
 #include <QCoreApplication>
-#include <QFile>
 #include <QMessageBox>
 #include <QStringList>
 
 #include <qpe/config.h>
 
 #include "action_host.h"
+#include "local_path.h"
 
 QString resolveBoxFile(ActionHost& host, bool checkFastLoad) {
   const QString path = host.boxFilePath(".box");
-  if (!QFile::exists(path)) {
+  if (!localFileExists(path)) {
     QMessageBox::warning(host.dialogParent(), QCoreApplication::translate("Vorn", "File error"),
                          QCoreApplication::translate("Vorn", "Box file is not found.\n%1").arg(path));
     return QString();

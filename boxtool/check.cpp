@@ -5,31 +5,20 @@
 
 #include <cstdio>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <vector>
 
 #include "analysed_file.h"
+#include "check_json.h"
 #include "command.h"
 #include "printable.h"
 #include "worker_pool.h"
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 struct CheckOptions {
   bool json = false;
   bool quiet = false;  // summaries only
 };
-
-// The version of the JSON lines' layout; it changes only when a field
-// changes meaning or goes away.
-constexpr int kSchema = 1;
-
-std::string jsonLine(const Json& j) {
-  // Every string is printable() already; replace is only a safety net.
-  return j.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
-}
 
 // "card 49 at 0x0019d2, ID 0x0000" or "box header".
 std::string place(const Finding& f) {
@@ -42,52 +31,13 @@ std::string findingLine(const std::string& path, const Finding& f) {
          printable(f.text + f.detail) + "\n";
 }
 
-Json findingObject(const std::string& path, const Finding& f) {
-  Json j;
-  j["type"] = "finding";
-  j["file"] = path;
-  if (f.isCard()) {
-    j["card"] = f.index;
-    j["section"] = nullptr;
-    j["offset"] = f.offset;
-    j["id"] = f.id;
-    j["size"] = f.size;
-  } else {
-    j["card"] = nullptr;
-    j["section"] = sectionName(f.index);
-    j["offset"] = nullptr;
-    j["id"] = nullptr;
-    j["size"] = nullptr;
-  }
-  j["code"] = format("%08x", f.code);
-  j["severity"] = severityName(f.code);
-  j["text"] = printable(f.text);
-  j["detail"] = printable(f.detail);
-  return j;
-}
-
-Json summaryObject(const std::string& path, const ProblemCounts& counts, int status,
-                   const std::string& reason) {
-  Json j;
-  j["type"] = "summary";
-  j["schema"] = kSchema;
-  j["file"] = path;
-  j["analysed"] = reason.empty();
-  j["critical"] = counts.critical;
-  j["errors"] = counts.errors;
-  j["warnings"] = counts.warnings;
-  j["status"] = status;
-  j["reason"] = reason.empty() ? Json(nullptr) : Json(printable(reason));
-  return j;
-}
-
 // A file that could not be analysed: its reason on standard error, and in
 // JSON a summary that says so.
 TaskOutput notAnalysed(const std::string& path, const std::string& reason, const CheckOptions& options) {
   TaskOutput output;
   output.status = exit_status::kNotAnalysed;
   output.err = "boxtool: " + printable(path) + ": " + printable(reason) + "\n";
-  if (options.json) output.out = jsonLine(summaryObject(printable(path), {}, output.status, reason));
+  if (options.json) output.out = checkSummaryLine(path, {}, output.status, reason);
   return output;
 }
 
@@ -97,14 +47,15 @@ TaskOutput checkFile(const std::string& path, const CheckOptions& options) {
   if (!file.analysed()) return notAnalysed(path, file.reason, options);
   TaskOutput output;
   output.status = file.status();
+  if (options.json) {
+    output.out = checkFileLines(file, options.quiet);
+    return output;
+  }
   const std::string shown = printable(path);
   if (!options.quiet) {
-    for (const Finding& f : file.findings)
-      output.out += options.json ? jsonLine(findingObject(shown, f)) : findingLine(shown, f);
+    for (const Finding& f : file.findings) output.out += findingLine(shown, f);
   }
-  if (options.json) {
-    output.out += jsonLine(summaryObject(shown, file.counts, output.status, ""));
-  } else if (file.findings.empty()) {
+  if (file.findings.empty()) {
     output.out += shown + ": no problems found\n";
   } else {
     output.out += format("%s: %u critical, %u errors, %u warnings\n", shown.c_str(), file.counts.critical,

@@ -1,19 +1,24 @@
 #include "box_file_selecter.h"
 
+#include <dirent.h>
+#include <fnmatch.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
-#include <QCursor>
-#include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QSettings>
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "action_host.h"
+#include "local_path.h"
 #include "resolution.h"
 
 const AppEntry boxFileSelecter::appTable[kRows] = {
@@ -36,15 +41,76 @@ boxFileSelecter::OpenFileDialog boxFileSelecter::openFileDialog =
 
 namespace {
 
-// The main storage directory; HOME is read every time and used unchanged.
+// The main storage directory; HOME is read every time and used unchanged,
+// whatever bytes it holds.
 QString mainBoxDir() {
   const char* home = std::getenv("HOME");
-  return QFile::decodeName(home ? home : "") + QStringLiteral("/Applications/bxd/");
+  return fromLocalFileName(home ? home : "") + QStringLiteral("/Applications/bxd/");
 }
 
-// Where "Open box file..." remembers the directory of the last file opened.
+// Where "Open box file..." remembers the directory of the last file opened,
+// as the bytes of its path.
 QSettings settings() { return QSettings(QStringLiteral("vorn"), QStringLiteral("vorn")); }
 const QString kLastDirectoryKey = QStringLiteral("openBoxFile/lastDirectory");
+
+bool isDirectory(const QString& path) {
+  struct stat st;
+  return stat(localFileName(path).constData(), &st) == 0 && S_ISDIR(st.st_mode);
+}
+
+// Where the file dialog opens: the last directory a file was opened from,
+// else the main storage directory.  The dialog knows a path by its text
+// alone, so a directory whose name is not text gives way to the nearest
+// one above it that is.
+QString dialogDirectory() {
+  QString dir = fromLocalFileName(settings().value(kLastDirectoryKey).toByteArray());
+  if (dir.isEmpty() || !isDirectory(dir)) dir = mainBoxDir();
+  while (dir.size() > 1 && (shownFileName(dir) != dir || !isDirectory(dir))) {
+    const qsizetype slash = dir.lastIndexOf(QLatin1Char('/'), dir.endsWith(QLatin1Char('/')) ? -2 : -1);
+    dir = slash > 0 ? dir.left(slash) : QStringLiteral("/");
+  }
+  return dir;
+}
+
+// The names of the regular, readable files in dir that are neither
+// symbolic links nor hidden and match pattern (with case), sorted by name
+// in descending order with case ignored.
+QStringList boxNames(const QString& dir, const char* pattern) {
+  QStringList names;
+  const QByteArray base = localFileName(dir);
+  DIR* listing = opendir(base.constData());
+  if (!listing) return names;
+  while (const dirent* entry = readdir(listing)) {
+    const QByteArray name(entry->d_name);
+    if (name.isEmpty() || name.startsWith('.') || fnmatch(pattern, name.constData(), 0) != 0) continue;
+    const QByteArray path = base + name;
+    struct stat st;
+    if (lstat(path.constData(), &st) != 0 || !S_ISREG(st.st_mode) || access(path.constData(), R_OK) != 0)
+      continue;
+    names << fromLocalFileName(name);
+  }
+  closedir(listing);
+  std::sort(names.begin(), names.end(), [](const QString& a, const QString& b) {
+    const int c = a.compare(b, Qt::CaseInsensitive);
+    return c != 0 ? c > 0 : a.compare(b) > 0;
+  });
+  return names;
+}
+
+// The text of a file's name on a menu entry: a byte that is not text shows
+// as U+FFFD, and "&" is no mnemonic.
+QString menuText(const QString& name) {
+  return shownFileName(name).replace(QLatin1Char('&'), QStringLiteral("&&"));
+}
+
+// path made absolute, from the working directory, without Qt's file names.
+QString absolutePath(const QString& path) {
+  if (path.startsWith(QLatin1Char('/'))) return path;
+  char* cwd = getcwd(nullptr, 0);
+  const QString base = fromLocalFileName(cwd ? cwd : "");
+  std::free(cwd);
+  return base + QLatin1Char('/') + path;
+}
 
 // A popup closes on a press outside it; this hands that press, and the
 // release that the toolkit then drops, on to the widget below, so closing
@@ -86,47 +152,63 @@ boxFileSelecter::boxFileSelecter(QObject* parent, QComboBox* appli, QComboBox* s
   storageCombo->setCurrentIndex(0);
   apActivated(0);
   connect(appliCombo, &QComboBox::activated, this, &boxFileSelecter::apActivated);
+  connect(appliCombo, &QComboBox::currentIndexChanged, this, [this](int index) {
+    previous_ = current_;
+    current_ = index;
+  });
 }
 
 boxFileSelecter::~boxFileSelecter() { delete boxMenu; }
 
-const AppEntry& boxFileSelecter::currentRow() const {
+const AppEntry& boxFileSelecter::currentRow() const { return appTable[applicationRow()]; }
+
+int boxFileSelecter::applicationRow() const {
   const int index = appliCombo->currentIndex();
-  return appTable[index >= 0 && index < kRows ? index : 0];
+  if (index == kOpenedRow) return kOtherBoxesRow;
+  return index >= 0 && index < kRows ? index : 0;
 }
 
 void boxFileSelecter::apActivated(int index) {
   storageCombo->setEnabled(index == kInboxRow);
-  if (index == kOpenFileRow) return openFromDialog();
+  if (index == kOpenFileRow) {
+    openFromDialog();
+    return;
+  }
   if (index != kOtherBoxesRow || !boxMenu) return;
-  const QAction* chosen = boxMenu->exec(QCursor::pos());
+  // Under the choice it belongs to, wherever the mouse is.
+  const QAction* chosen = boxMenu->exec(appliCombo->mapToGlobal(QPoint(0, appliCombo->height())));
   if (!chosen) {
     appliCombo->setCurrentIndex(0);
   } else {
-    chosenPath_.clear();
-    appliCombo->setItemText(kOtherBoxesRow, chosen->text());
-    appliCombo->setItemData(kOtherBoxesRow, mainBoxDir() + chosen->text(), Qt::ToolTipRole);
+    const QString name = chosen->data().toString();
+    appliCombo->setItemText(kOtherBoxesRow, shownFileName(name));
+    appliCombo->setItemData(kOtherBoxesRow, name, Qt::UserRole);
+    appliCombo->setItemData(kOtherBoxesRow, shownFileName(mainBoxDir() + name), Qt::ToolTipRole);
   }
 }
 
-void boxFileSelecter::openFromDialog() {
-  QString directory = settings().value(kLastDirectoryKey).toString();
-  if (directory.isEmpty() || !QFileInfo(directory).isDir()) directory = mainBoxDir();
-  const QString path = openFileDialog(appliCombo->window(), tr("Open box file"), directory,
+bool boxFileSelecter::openFromDialog() {
+  const int before = appliCombo->currentIndex() == kOpenFileRow ? previous_ : appliCombo->currentIndex();
+  const QString path = openFileDialog(appliCombo->window(), tr("Open box file"), dialogDirectory(),
                                       tr("Box files (*.box *.BOX);;All files (*)"));
   if (path.isEmpty()) {
-    appliCombo->setCurrentIndex(0);
-    return;
+    appliCombo->setCurrentIndex(before);
+    storageCombo->setEnabled(before == kInboxRow);
+    return false;
   }
-  settings().setValue(kLastDirectoryKey, QFileInfo(path).absolutePath());
+  settings().setValue(kLastDirectoryKey, localFileName(QFileInfo(path).absolutePath()));
   chooseFile(path);
+  if (fileOpened) fileOpened(chosenPath_);
+  return true;
 }
 
 void boxFileSelecter::chooseFile(const QString& path) {
-  chosenPath_ = QFileInfo(path).absoluteFilePath();
-  appliCombo->setItemText(kOtherBoxesRow, QFileInfo(path).fileName());
-  appliCombo->setItemData(kOtherBoxesRow, chosenPath_, Qt::ToolTipRole);
-  appliCombo->setCurrentIndex(kOtherBoxesRow);
+  chosenPath_ = absolutePath(path);
+  const QString name = chosenPath_.mid(chosenPath_.lastIndexOf(QLatin1Char('/')) + 1);
+  if (appliCombo->count() <= kOpenedRow) appliCombo->addItem(QString());
+  appliCombo->setItemText(kOpenedRow, shownFileName(name));
+  appliCombo->setItemData(kOpenedRow, shownFileName(chosenPath_), Qt::ToolTipRole);
+  appliCombo->setCurrentIndex(kOpenedRow);
   storageCombo->setEnabled(false);
 }
 
@@ -136,17 +218,13 @@ void boxFileSelecter::activateAll() {
   boxMenu->setAttribute(Qt::WA_NoMouseReplay);  // PressThrough hands the press on
   boxMenu->installEventFilter(new PressThrough(boxMenu));
   const QString main = mainBoxDir();
-  const QDir dir(main);
   // Names are matched with case: a mixed-case ".Box" is in neither list.
-  const QDir::Filters filter = QDir::Files | QDir::Readable | QDir::NoSymLinks | QDir::CaseSensitive;
-  const QDir::SortFlags order = QDir::Name | QDir::IgnoreCase | QDir::Reversed;
   for (const char* pattern : {"*.box", "*.BOX"}) {
-    for (const QString& name : dir.entryList({QString::fromLatin1(pattern)}, filter, order)) {
-      if (!name.isEmpty()) boxMenu->addAction(name);
-    }
+    for (const QString& name : boxNames(main, pattern)) boxMenu->addAction(menuText(name))->setData(name);
   }
   // An empty menu would be an invisible popup: say why there is nothing.
-  if (boxMenu->isEmpty()) boxMenu->addAction(tr("No other box files in %1").arg(main))->setEnabled(false);
+  if (boxMenu->isEmpty())
+    boxMenu->addAction(tr("No other box files in %1").arg(menuText(main)))->setEnabled(false);
   if (appTable[kOtherBoxesRow].label) appliCombo->addItem(tr(appTable[kOtherBoxesRow].label));
   appliCombo->addItem(tr("Open box file..."));
 }
@@ -168,10 +246,12 @@ QString boxFileSelecter::boxFilePath(const char* suffix) const {
   if (row.upperSuffix) file = file.toUpper();
   if (row.boxBase) {
     file.prepend(QString::fromLatin1(row.boxBase));
-  } else if (!chosenPath_.isEmpty()) {
+  } else if (appliCombo->currentIndex() == kOpenedRow) {
     return chosenPath_;
   } else {
-    file = appliCombo->currentText();
+    // The name chosen from the menu, byte for byte, or the entry's text.
+    const QVariant name = appliCombo->itemData(appliCombo->currentIndex(), Qt::UserRole);
+    file = name.isValid() ? name.toString() : appliCombo->currentText();
   }
   return boxDir(row.storageSelectable) + file;
 }

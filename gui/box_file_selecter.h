@@ -2,11 +2,14 @@
 // path (or a pattern of files beside it), its directory and the name of its
 // storage medium.  In developer mode it also offers a menu of every box file
 // in the main storage directory as the "Other Boxes" choice, and "Open box
-// file..." for a box file anywhere, which becomes the "Other Boxes" choice.
+// file..." for a box file anywhere, which becomes a choice of its own after
+// that entry.  Paths hold any bytes (see local_path.h).
 #pragma once
 
 #include <QObject>
 #include <QString>
+
+#include <functional>
 
 class QComboBox;
 class QMenu;
@@ -29,6 +32,9 @@ class boxFileSelecter : public QObject {
   static const AppEntry appTable[kRows];
   // The entry after the table's rows: a file dialog, not an application.
   static constexpr int kOpenFileRow = kRows;
+  // The entry after it, once a box file has been opened from anywhere: that
+  // file, which choosing again keeps.  The actions treat it as "Other Boxes".
+  static constexpr int kOpenedRow = kRows + 1;
 
   // The file dialog of "Open box file...": returns the chosen file, or an
   // empty string when the user cancels.  Replaceable for tests.
@@ -50,10 +56,18 @@ class boxFileSelecter : public QObject {
   QString storageName() const;
   // Whether the current application is on the launcher's preload list.
   bool isFastLoad() const;
+  // The row of appTable the current choice stands for.
+  int applicationRow() const;
 
   // Makes the box file at path, wherever it lies, the current choice: the
-  // "Other Boxes" entry shows its name and every path is the file itself.
+  // entry after "Open box file..." shows its name and every path is the
+  // file itself.
   void chooseFile(const QString& path);
+  // The file dialog of "Open box file...": true when a file was chosen;
+  // when cancelled, the choice before it stays.
+  bool openFromDialog();
+  // Told of the file the dialog chose, after it became the choice.
+  std::function<void(const QString& path)> fileOpened;
 
   QComboBox* appliCombo;
   QComboBox* storageCombo;
@@ -67,6 +81,6 @@ class boxFileSelecter : public QObject {
 
  private:
   const AppEntry& currentRow() const;
-  void openFromDialog();
-  QString chosenPath_;  // a box file from outside the main storage, or empty
+  QString chosenPath_;              // the file of the kOpenedRow entry, or empty
+  int current_ = 0, previous_ = 0;  // of appliCombo
 };

@@ -4,10 +4,13 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 #include <qpe/qpeapplication.h>
+#include "background_run.h"
 #include "graphical_start.h"
-#include "vorn.h"
+#include "local_path.h"
+#include "vorn_window.h"
 
 namespace {
 
@@ -53,11 +56,22 @@ int graphicalStart(int argc, char** argv) {
         stderr);
     return 2;
   }
+  // "-qcop FILE" (as the desktop entry starts it): the window with that
+  // file chosen and analysed.  Taken before the toolkit looks at the
+  // arguments, byte for byte.
+  const QByteArray file = argc > 2 && std::strcmp(argv[1], "-qcop") == 0 ? QByteArray(argv[2]) : QByteArray();
   QPEApplication application(argc, argv, QPEApplication::GuiClient);
   const WindowTranslations translations{QLocale(), installedTranslations()};
-  auto* widget = new Vorn();
-  application.showMainDocumentWidget(widget, false);
+  auto* window = new VornWindow();
+  if (window->restoreWindowGeometry()) {
+    window->show();
+  } else {
+    application.showMainDocumentWidget(window, false);
+  }
+  if (!file.isEmpty()) window->openFile(fromLocalFileName(file));
   const int status = application.exec();
-  delete widget;
+  delete window;
+  // A cancelled analysis may still run: the engine is let finish first.
+  BackgroundRun::waitForEngine();
   return status;
 }

@@ -1,31 +1,28 @@
 // The findings sink of the graphical mode: files every entry of an analysis
-// as a tree in the form's result list (one top-level item per card or
-// section, one child per finding) and drives the progress bar.
+// into a result tree (one node per card or section, one finding under it per
+// finding) and keeps its progress for the window.  It works on the
+// analysis' thread and touches no widget: the window shows the tree when
+// the run has ended, and the progress while it runs.
 #pragma once
 
-#include <QHash>
-#include <QTreeWidgetItem>
+#include <atomic>
+#include <memory>
 
+#include "findings_model.h"
 #include "reporter.h"
 
-class QProgressBar;
-class QTreeWidget;
-
-// A top-level item of the result tree: red in every column once a finding
-// with a severity has been filed under it (its column 4 holds "*").
-class ResultItem : public QTreeWidgetItem {
- public:
-  using QTreeWidgetItem::QTreeWidgetItem;
-  QVariant data(int column, int role) const override;
+// The progress of one run, written by the sink and read by the window.
+struct RunProgress {
+  std::atomic<unsigned> calls{0};      // progress calls received
+  std::atomic<int> value{0};           // stage * 100 + percent of the last one
+  std::atomic<bool> cancelled{false};  // the window gave the run up: file nothing more
 };
 
 class ResultReporter : public Reporter {
  public:
-  // Neither the list nor the bar is owned.  With echo, entries and findings
-  // are copied to standard error as the console prints them.  While the
-  // reporter lives, the list files new items without sorting each one in;
-  // when it is destroyed the list sorts once, as it was set to.
-  ResultReporter(QTreeWidget* list, QProgressBar* progressBar, bool echo);
+  // With echo, entries and findings are copied to standard error as the
+  // console prints them.
+  ResultReporter(std::shared_ptr<FindingsTree> list, std::shared_ptr<RunProgress> progressBar, bool echo);
   ~ResultReporter() override;
   ResultReporter(const ResultReporter&) = delete;
   ResultReporter& operator=(const ResultReporter&) = delete;
@@ -35,18 +32,13 @@ class ResultReporter : public Reporter {
              const char* format, va_list args) override __attribute__((format(printf, 8, 0)));
   int progress(int stage, int percent) override;
 
-  // The first top-level item, in the list's order, whose key is index.
-  // Looked up in a hash of the keys: items are only ever added.
-  QTreeWidgetItem* findItem(int index) const;
+  // The node of index in the tree, or -1.
+  int64_t findItem(int index) const { return list->find(index); }
 
-  QTreeWidget* list;
-  QProgressBar* progressBar;
+  std::shared_ptr<FindingsTree> list;
+  std::shared_ptr<RunProgress> progressBar;
   bool echo;
   unsigned calls = 0;
 
   static constexpr int kDetailBuffer = 8192;
-
- private:
-  QHash<int, QTreeWidgetItem*> items_;
-  bool wasSorting_;
 };

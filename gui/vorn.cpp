@@ -6,21 +6,63 @@
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHeaderView>
+#include <QLabel>
 #include <QMimeData>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QStyle>
-#include <QTreeWidget>
+#include <QTreeView>
 
 #include <algorithm>
 
 #include "analyze_action.h"
+#include "background_run.h"
+#include "findings_model.h"
 #include "garbage_collection.h"
+#include "local_path.h"
 #include "resolution.h"
 #include "result_reporter.h"
 
+namespace {
+
+// text with letter marked as its mnemonic: the letter's first occurrence,
+// or, in a text without it (a Japanese one), "(&X)" behind it.
+QString withMnemonic(const QString& text, QChar letter) {
+  if (text.contains(QLatin1Char('&'))) return text;
+  const qsizetype at = text.indexOf(letter, 0, Qt::CaseInsensitive);
+  if (at >= 0) return QString(text).insert(at, QLatin1Char('&'));
+  return text + QStringLiteral("(&") + letter.toUpper() + QLatin1Char(')');
+}
+
+// The local file a drag carries, with the bytes of its name as they are,
+// or an empty string.
+QString draggedFile(const QMimeData* data) {
+  for (const QUrl& url : data->urls()) {
+    if (url.isLocalFile())
+      return fromLocalFileName(QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()));
+  }
+  return QString();
+}
+
+// A drop is taken as a copy, or else as a link; a viewer never moves a file.
+bool takeAsCopy(QDropEvent* event) {
+  if (event->possibleActions() & Qt::CopyAction) {
+    event->setDropAction(Qt::CopyAction);
+  } else if (event->possibleActions() & Qt::LinkAction) {
+    event->setDropAction(Qt::LinkAction);
+  } else {
+    return false;
+  }
+  event->accept();
+  return true;
+}
+
+}  // namespace
+
 Vorn::Vorn(QWidget* parent, const char* name, Qt::WindowFlags fl)
-    : VornBase(parent, name, fl), selector(this, appliCombo, storageCombo, nullptr) {
+    : VornBase(parent, name, fl),
+      selector(this, appliCombo, storageCombo, nullptr),
+      runner(new BackgroundRun(this, progress)) {
   // The version suffix is not translated.
   setWindowTitle(windowTitle() + QStringLiteral(" ver1.0"));
   progress->hide();
@@ -30,28 +72,59 @@ Vorn::Vorn(QWidget* parent, const char* name, Qt::WindowFlags fl)
   connect(chkBXD, &QCheckBox::clicked, this, &Vorn::slotBXD);
   devModeEnebled();
   setAcceptDrops(true);
+
+  // Keyboard mnemonics where the texts allow them; the menu bar has F, E, H.
+  const std::pair<QAbstractButton*, char> buttons[] = {
+      {gcDeleteIndex, 'I'}, {gcButton, 'c'}, {anVerbose, 'V'}, {anNoisy, 'N'},
+      {anDebug, 'D'},       {chkBXD, 'B'},   {anButton, 'x'}};
+  for (const auto& [button, letter] : buttons)
+    button->setText(withMnemonic(button->text(), QLatin1Char(letter)));
+  appLabel->setText(withMnemonic(appLabel->text(), QLatin1Char('A')));
+  appLabel->setBuddy(appliCombo);
+  storLabel->setText(withMnemonic(storLabel->text(), QLatin1Char('S')));
+  storLabel->setBuddy(storageCombo);
+
+  // A file chosen in the file dialog is analysed at once, as a drop is.
+  selector.fileOpened = [this](const QString& path) {
+    if (fileOpened) fileOpened(path);
+    QMetaObject::invokeMethod(this, &Vorn::analyze, Qt::QueuedConnection);
+  };
 }
 
 Vorn::~Vorn() = default;
 
 QString Vorn::resolveBoxFile(bool checkFastLoad) { return ::resolveBoxFile(*this, checkFastLoad); }
 
-void Vorn::analyze() { analyzeAction(*this); }
+bool Vorn::engineFree() {
+  return !BackgroundRun::engineBusy() || runInBackground([] {});
+}
 
-void Vorn::doGC() { garbageCollectionAction(*this); }
+void Vorn::analyze() {
+  if (engineFree()) analyzeAction(*this);
+}
+
+void Vorn::doGC() {
+  if (engineFree()) garbageCollectionAction(*this);
+}
+
+void Vorn::openFile(const QString& path) {
+  selector.chooseFile(path);
+  selector.fileOpened(path);
+}
 
 QSize Vorn::sizeHint() const {
   // The list's part of the form's own hint, grown to the rows and to columns
-  // for the widest texts a full list holds: an indented listing line, a card
-  // ID, a finding with its detail.
+  // for the widest texts a full list holds: an indented listing line with
+  // its severity icon, a card ID, a finding with its detail.
   const QFontMetrics metrics(result->font());
   const auto digits = [&metrics](int count) {
     return metrics.horizontalAdvance(QString(count, QLatin1Char('0')));
   };
   const int cellMargins = 3 * 2 * (style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, result) + 1);
+  const int icon = style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, result) + 4;
   const int frame = 2 * result->frameWidth();
   const QSize list(
-      result->indentation() + digits(26) + digits(8) + digits(62) + cellMargins + frame +
+      result->indentation() + icon + digits(26) + digits(8) + digits(62) + cellMargins + frame +
           style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, result),
       result->header()->sizeHint().height() + kDesktopRows * (metrics.lineSpacing() + 4) + frame);
   QSize hint = VornBase::sizeHint();
@@ -62,30 +135,21 @@ QSize Vorn::sizeHint() const {
   return hint;
 }
 
-namespace {
-
-// The local file a drag carries, or an empty string.
-QString draggedFile(const QMimeData* data) {
-  for (const QUrl& url : data->urls()) {
-    if (url.isLocalFile()) return url.toLocalFile();
-  }
-  return QString();
-}
-
-}  // namespace
-
 void Vorn::dragEnterEvent(QDragEnterEvent* event) {
   // Not while an action runs: it holds the groups disabled.
-  if (fileGroup->isEnabled() && !draggedFile(event->mimeData()).isEmpty()) event->acceptProposedAction();
+  if (fileGroup->isEnabled() && !draggedFile(event->mimeData()).isEmpty()) takeAsCopy(event);
+}
+
+void Vorn::dragMoveEvent(QDragMoveEvent* event) {
+  if (fileGroup->isEnabled() && !draggedFile(event->mimeData()).isEmpty()) takeAsCopy(event);
 }
 
 void Vorn::dropEvent(QDropEvent* event) {
   const QString path = draggedFile(event->mimeData());
-  if (!fileGroup->isEnabled() || path.isEmpty()) return;
-  event->acceptProposedAction();
-  selector.chooseFile(path);
-  // After the drop has ended, so that the drag's source is not kept waiting.
-  QMetaObject::invokeMethod(this, &Vorn::analyze, Qt::QueuedConnection);
+  if (!fileGroup->isEnabled() || path.isEmpty() || !takeAsCopy(event)) return;
+  // The analysis follows once the drop has ended, so that the drag's source
+  // is not kept waiting.
+  openFile(path);
 }
 
 void Vorn::devModeEnebled() {
@@ -109,7 +173,7 @@ void Vorn::slotBXD() {
   anVerbose->setEnabled(enable);
 }
 
-QWidget* Vorn::dialogParent() { return this; }
+QWidget* Vorn::dialogParent() { return window(); }
 
 QString Vorn::boxFilePath(const char* suffix) const { return selector.boxFilePath(suffix); }
 
@@ -117,7 +181,7 @@ QString Vorn::boxDir(bool storageApplies) const { return selector.boxDir(storage
 
 QString Vorn::storageName() const { return selector.storageName(); }
 
-int Vorn::applicationRow() const { return appliCombo->currentIndex(); }
+int Vorn::applicationRow() const { return selector.applicationRow(); }
 
 bool Vorn::isFastLoad() const { return selector.isFastLoad(); }
 
@@ -126,19 +190,52 @@ ActionSwitches Vorn::switches() const {
           gcDeleteIndex->isChecked()};
 }
 
-void Vorn::clearResults() { result->clear(); }
+void Vorn::setLastRun(const RunSummary& run) {
+  lastRun = run;
+  if (lastRunChanged) lastRunChanged();
+}
+
+void Vorn::clearResults() {
+  resultModel->clear();
+  setLastRun({});
+}
 
 void Vorn::clearResultsForAnalysis() {
-  result->clear();
+  clearResults();
   result->sortByColumn(kKeyColumn, Qt::AscendingOrder);
 }
 
 void Vorn::addResultRow(const QString& index, const QString& id, const QString& context) {
-  new QTreeWidgetItem(result, {index, id, context});
+  resultModel->addRow(index, id, context);
 }
 
 std::unique_ptr<Reporter> Vorn::resultReporter(bool echo) {
-  return std::make_unique<ResultReporter>(result, progress, echo);
+  pendingTree_ = std::make_shared<FindingsTree>();
+  pendingProgress_ = std::make_shared<RunProgress>();
+  return std::make_unique<ResultReporter>(pendingTree_, pendingProgress_, echo);
+}
+
+bool Vorn::runInBackground(std::function<void()> job) {
+  const bool finished = runner->run(std::move(job), pendingProgress_.get());
+  if (finished && pendingTree_) {
+    resultModel->setTree(pendingTree_);
+    // The bar, if it shows, reaches its end with the tree in place.
+    progress->setValue(progress->maximum());
+  }
+  if (!finished && pendingTree_) setLastRun({RunSummary::kCancelled, selector.boxFilePath(".box")});
+  pendingTree_.reset();
+  pendingProgress_.reset();
+  return finished;
+}
+
+void Vorn::analysisDone(uint64_t fileSize, uint32_t cards) {
+  RunSummary run{RunSummary::kAnalysed, selector.boxFilePath(".box"), fileSize, cards};
+  if (const FindingsTree* tree = resultModel->tree()) {
+    run.critical = tree->critical;
+    run.errors = tree->errors;
+    run.warnings = tree->warnings;
+  }
+  setLastRun(run);
 }
 
 void Vorn::hideProgress() { progress->hide(); }

@@ -1,13 +1,32 @@
 // The main widget: the form with the box file selector, the wiring of its
 // buttons and check boxes, and the maintenance actions as slots.  It is the
-// host the actions of actions/ work through.
+// host the actions of actions/ work through.  The main window (VornWindow)
+// holds it as its central widget.
 #pragma once
 
 #include <QString>
 
+#include <cstdint>
+#include <functional>
+#include <memory>
+
 #include "action_host.h"
 #include "box_file_selecter.h"
 #include "vorn_base.h"
+
+class BackgroundRun;
+class FindingsTree;
+struct RunProgress;
+
+// What the last run left in the window, for its title and status bar.
+struct RunSummary {
+  enum State { kNone, kAnalysed, kCancelled };
+  State state = kNone;
+  QString path;  // the box file
+  uint64_t size = 0;
+  uint32_t cards = 0;  // normal cards
+  unsigned critical = 0, errors = 0, warnings = 0;
+};
 
 class Vorn : public VornBase, public ActionHost {
   Q_OBJECT
@@ -20,7 +39,18 @@ class Vorn : public VornBase, public ActionHost {
   // has told the user why there is none.
   QString resolveBoxFile(bool checkFastLoad);
 
+  // Makes the box file at path the choice and analyses it, as a drop does.
+  void openFile(const QString& path);
+
   boxFileSelecter selector;
+  // Runs the actions' long work; its cancel() gives a run up.
+  BackgroundRun* runner;
+
+  RunSummary lastRun;
+  // Told when lastRun changes, and when a box file is opened (chosen from
+  // anywhere: the file dialog, a drop, openFile()).
+  std::function<void()> lastRunChanged;
+  std::function<void(const QString& path)> fileOpened;
 
   // The size a desktop screen opens the window at: the result list shows
   // kDesktopRows rows, and its columns are as wide as findings need.  A
@@ -41,11 +71,15 @@ class Vorn : public VornBase, public ActionHost {
   void addResultRow(const QString& index, const QString& id, const QString& context) override;
   std::unique_ptr<Reporter> resultReporter(bool echo) override;
   void hideProgress() override;
+  bool runInBackground(std::function<void()> job) override;
+  void analysisDone(uint64_t fileSize, uint32_t cards) override;
   void setBusy(bool busy) override;
 
  protected:
   // A box file dropped onto the window becomes the choice and is analysed.
+  // The drop is taken as a copy (or a link), never as a move.
   void dragEnterEvent(QDragEnterEvent* event) override;
+  void dragMoveEvent(QDragMoveEvent* event) override;
   void dropEvent(QDropEvent* event) override;
 
  protected slots:
@@ -54,4 +88,14 @@ class Vorn : public VornBase, public ActionHost {
   void analyze();
   void doGC();
   void slotBXD();
+
+ private:
+  void setLastRun(const RunSummary& run);
+  // The box library's check and the collector use the engine as well: they
+  // wait for a cancelled analysis that still runs.  False when the user
+  // cancelled the wait.
+  bool engineFree();
+
+  std::shared_ptr<FindingsTree> pendingTree_;
+  std::shared_ptr<RunProgress> pendingProgress_;
 };

@@ -10,7 +10,9 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSpacerItem>
-#include <QTreeWidget>
+#include <QTreeView>
+
+#include "findings_model.h"
 
 namespace {
 
@@ -58,6 +60,7 @@ VornBase::VornBase(QWidget* parent, const char* name, Qt::WindowFlags fl) : QWid
   setMargin(gcGroupLayout, 11);
   gcDeleteIndex = named(new QCheckBox(gcGroup), "gcDeleteIndex");
   gcDeleteIndex->setText(tr("delete Index File"));
+  gcDeleteIndex->setToolTip(tr("After collecting, also delete the box's index files (after a question)"));
   gcGroupLayout->addWidget(gcDeleteIndex);
   gcGroupLayout->addItem(horizontalSpacer());
   gcButton = named(new QPushButton(gcGroup), "gcButton");
@@ -100,10 +103,12 @@ VornBase::VornBase(QWidget* parent, const char* name, Qt::WindowFlags fl) : QWid
   progress->setRange(0, 300);
   anGroupLayout->addWidget(progress, 1, 0);
 
-  result = named(new QTreeWidget(anGroup), "result");
-  result->setColumnCount(kResultColumns);
-  result->setHeaderLabels({tr("Index"), tr("ID"), tr("Context")});
+  result = named(new QTreeView(anGroup), "result");
+  resultModel = new FindingsModel(result);
+  resultModel->setHeaders({tr("Index"), tr("ID"), tr("Context")});
+  result->setModel(resultModel);
   for (int column = 3; column < kResultColumns; ++column) result->setColumnHidden(column, true);
+  result->setUniformRowHeights(true);
   result->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
   result->setMinimumSize(0, 40);
   result->setAllColumnsShowFocus(true);
@@ -118,15 +123,19 @@ VornBase::VornBase(QWidget* parent, const char* name, Qt::WindowFlags fl) : QWid
   setMargin(anRowLayout, 0);
   anVerbose = named(new QCheckBox(anGroup), "anVerbose");
   anVerbose->setText(tr("Verbose"));
+  anVerbose->setToolTip(tr("List the box's structures as well as its problems"));
   anRowLayout->addWidget(anVerbose);
   anNoisy = named(new QCheckBox(anGroup), "anNoisy");
   anNoisy->setText(tr("Noisy"));
+  anNoisy->setToolTip(tr("List every card, also the cards without findings"));
   anRowLayout->addWidget(anNoisy);
   anDebug = named(new QCheckBox(anGroup), "anDebug");
   anDebug->setText(tr("Debug"));
+  anDebug->setToolTip(tr("Write the analysis' debug lines and a copy of the findings to standard error"));
   anRowLayout->addWidget(anDebug);
   chkBXD = named(new QCheckBox(anGroup), "chkBXD");
   chkBXD->setText(tr("BXD"));
+  chkBXD->setToolTip(tr("Run the box library's own check instead of the analysis"));
   anRowLayout->addWidget(chkBXD);
   anRowLayout->addItem(horizontalSpacer());
   anButton = named(new QPushButton(anGroup), "anButton");

@@ -12,7 +12,8 @@ class QHBoxLayout;
 class QLabel;
 class QProgressBar;
 class QPushButton;
-class QTreeWidget;
+class QTreeView;
+class FindingsModel;
 
 class VornBase : public QWidget {
   Q_OBJECT
@@ -33,12 +34,16 @@ class VornBase : public QWidget {
   QCheckBox* anOnlyChk;
   QGroupBox* anGroup;
   QProgressBar* progress;
-  QTreeWidget* result;  // columns "Index", "ID", "Context"; 3 to 7 hidden data
+  QTreeView* result;  // columns "Index", "ID", "Context"; 3 to 7 hidden data
   QCheckBox* anVerbose;
   QCheckBox* anNoisy;
   QCheckBox* anDebug;
   QCheckBox* chkBXD;
   QPushButton* anButton;
+
+  // The result tree's rows: the findings of the last analysis, or the
+  // rows an action added.  Owned by result.
+  FindingsModel* resultModel;
 
   static constexpr int kResultColumns = 8;
   static constexpr int kKeyColumn = 3;   // the index in decimal, the sort key

@@ -24,7 +24,7 @@ QString place(QLayout* layout, QWidget* widget) {
 // clang-format off
 const struct { const char *name, *className, *parent, *text, *place, *toolTip; } kForm[] = {
     {"gcGroup", "QGroupBox", "VornBase", "Garbage Collection", "1,0", ""},
-    {"gcDeleteIndex", "QCheckBox", "gcGroup", "delete Index File", "0", ""},
+    {"gcDeleteIndex", "QCheckBox", "gcGroup", "delete Index File", "0", "After collecting, also delete the box's index files (after a question)"},
     {"gcButton", "QPushButton", "gcGroup", "Exec", "2", "Collect the garbage of the selected box file, then restart"},
     {"fileGroup", "QGroupBox", "VornBase", "", "0,0", ""},
     {"appLabel", "QLabel", "fileGroup", "Application", "0", ""},
@@ -34,11 +34,11 @@ const struct { const char *name, *className, *parent, *text, *place, *toolTip; }
     {"anOnlyChk", "QCheckBox", "fileGroup", "", "5", "Analyse only: hide garbage collection"},
     {"anGroup", "QGroupBox", "VornBase", "Analyze", "2,0", ""},
     {"progress", "QProgressBar", "anGroup", "", "1,0", ""},
-    {"result", "QTreeWidget", "anGroup", "", "2,0", ""},
-    {"anVerbose", "QCheckBox", "anGroup", "Verbose", "0,0/0", ""},
-    {"anNoisy", "QCheckBox", "anGroup", "Noisy", "0,0/1", ""},
-    {"anDebug", "QCheckBox", "anGroup", "Debug", "0,0/2", ""},
-    {"chkBXD", "QCheckBox", "anGroup", "BXD", "0,0/3", ""},
+    {"result", "QTreeView", "anGroup", "", "2,0", ""},
+    {"anVerbose", "QCheckBox", "anGroup", "Verbose", "0,0/0", "List the box's structures as well as its problems"},
+    {"anNoisy", "QCheckBox", "anGroup", "Noisy", "0,0/1", "List every card, also the cards without findings"},
+    {"anDebug", "QCheckBox", "anGroup", "Debug", "0,0/2", "Write the analysis' debug lines and a copy of the findings to standard error"},
+    {"chkBXD", "QCheckBox", "anGroup", "BXD", "0,0/3", "Run the box library's own check instead of the analysis"},
     {"anButton", "QPushButton", "anGroup", "Exec", "0,0/5", "Analyse the selected box file and list its findings"},
 };
 // clang-format on
@@ -70,8 +70,10 @@ class FormTest : public QObject {
     QVERIFY(!form.appliCombo->isEditable() && !form.storageCombo->isEditable() &&
             form.result->allColumnsShowFocus());
     QStringList shown;
-    for (int c = 0; c < form.result->columnCount(); ++c)
-      shown << (form.result->isColumnHidden(c) ? "-" : form.result->headerItem()->text(c));
+    for (int c = 0; c < form.result->model()->columnCount(); ++c)
+      shown << (form.result->isColumnHidden(c)
+                    ? "-"
+                    : form.result->model()->headerData(c, Qt::Horizontal).toString());
     QCOMPARE(shown.join(' '), "Index ID Context - - - - -");
   }
 
@@ -122,7 +124,7 @@ class FormTest : public QObject {
       w.result->expandAll();
       QVERIFY2(w.result->header()->length() <= w.result->viewport()->width(), sample.name.c_str());
     }
-    const int rowHeight = w.result->visualItemRect(w.result->topLevelItem(0)).height();
+    const int rowHeight = w.result->visualRect(w.result->model()->index(0, 0)).height();
     QVERIFY(rowHeight > 0 && w.result->viewport()->height() >= Vorn::kDesktopRows * rowHeight);
     const int listHeight = w.result->height();
     w.resize(w.width(), w.height() + 200);

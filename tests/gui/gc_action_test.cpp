@@ -164,24 +164,28 @@ class GcActionTest : public QObject {
     home->writeConfig("Launcher", r.preload);
     fakeFs.f_bavail = std::max(r.avail, 0);
     statfsFails = r.avail < 0;
-    new QTreeWidgetItem(w->result, {"kept"});
+    w->resultModel->addRow("kept", "", "");
     QCOMPARE(collect("N"), r.run);
-    QCOMPARE(w->result->topLevelItemCount(), r.run[0] == 'C' ? 0 : 1);  // cleared once it goes on
+    QCOMPARE(w->resultModel->rowCount(), r.run[0] == 'C' ? 0 : 1);  // cleared once it goes on
   }
 
   void dialogsDecide_data() { indexRows(kRuns); }
   void dialogsDecide() {
     QFETCH(int, i);
-    if (kRuns[i].row == 6) w->selector.chooseFile(home->put("mine.box", {1}));
     if (kRuns[i].row == 5) home->put("kqoutbox.box", {1});
-    w->appliCombo->setCurrentIndex(kRuns[i].row);
+    if (kRuns[i].row == 6) {
+      w->selector.chooseFile(home->put("mine.box", {1}));  // opened: treated as "Other Boxes"
+    } else {
+      w->appliCombo->setCurrentIndex(kRuns[i].row);
+    }
     w->gcDeleteIndex->setChecked(kRuns[i].deleteIndex);
     collectorResult = kRuns[i].result;
     collectorSignal = kRuns[i].signal;
     struct sigaction before[2], after[2];
     for (int k : {0, 1}) sigaction(k ? SIGBUS : SIGSEGV, nullptr, &before[k]);
-    QCOMPARE(collect(kRuns[i].keys), kRuns[i].run);
-    QVERIFY(idle(*w));
+    QList<MessageBoxAnswerer::Seen> seen;
+    QCOMPARE(collect(kRuns[i].keys, &seen), kRuns[i].run);
+    QVERIFY(idle(*w) && seen[0].informative == w->boxFilePath(".box"));  // the question names the box
     for (int k : {0, 1}) sigaction(k ? SIGBUS : SIGSEGV, nullptr, &after[k]);
     for (int k : {0, 1}) QVERIFY(after[k].sa_handler == before[k].sa_handler);  // the guard's are gone
   }

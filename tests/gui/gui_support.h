@@ -3,6 +3,7 @@
 // taken into a file, and the window's state as text.
 #pragma once
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <QtTest>
@@ -12,29 +13,43 @@
 #include <functional>
 
 #include "box_builder.h"
+#include "findings_model.h"
+#include "local_path.h"
 #include "vorn.h"
 
 // The window tests run offscreen unless told otherwise.
 inline const bool kOffscreen =
     qEnvironmentVariableIsSet("QT_QPA_PLATFORM") || qputenv("QT_QPA_PLATFORM", "offscreen");
 
-// A fresh HOME (named as given) with the main box directory and the
-// window's settings in it, for one test.
+// Makes the directory at path and those above it; path may hold any bytes.
+inline void makeDirs(const QString& path) {
+  const QByteArray bytes = localFileName(path);
+  for (qsizetype slash = bytes.indexOf('/', 1);; slash = bytes.indexOf('/', slash + 1)) {
+    mkdir(bytes.left(slash < 0 ? bytes.size() : slash).constData(), 0777);
+    if (slash < 0) return;
+  }
+}
+
+// A fresh HOME (named as given, any bytes) with the main box directory and
+// the window's settings in it, for one test.
 class TempHome {
  public:
   explicit TempHome(const QString& name = "home") : path_(dir_.path() + "/" + name), old_(qgetenv("HOME")) {
-    QDir().mkpath(boxDir());
-    qputenv("HOME", QFile::encodeName(path_));
-    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, path_ + "/.config");
+    makeDirs(boxDir());
+    qputenv("HOME", localFileName(path_));
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, dir_.path() + "/.config");
   }
-  ~TempHome() { qputenv("HOME", old_); }
+  ~TempHome() {
+    qputenv("HOME", old_);
+    QProcess::execute("rm", {"-rf", "--", dir_.path()});  // names that are not UTF-8 too
+  }
   QString path() const { return path_; }
   QString boxDir() const { return path_ + "/Applications/bxd/"; }
   QString put(const QString& name, const boxtest::Bytes& bytes) const {
     return write(boxDir() + name, bytes);
   }
   static QString write(const QString& path, const boxtest::Bytes& bytes) {
-    boxtest::writeFile(QFile::encodeName(path).toStdString(), bytes);
+    boxtest::writeFile(localFileName(path).toStdString(), bytes);
     return path;
   }
   void writeConfig(const QString& name, const QByteArray& text) const {
@@ -57,13 +72,15 @@ class MessageBoxAnswerer : public QObject {
   struct Seen {
     QString text, details;
     bool busy;
+    QString informative;
   };
   explicit MessageBoxAnswerer(
       const QString& keys = "R", std::function<bool()> busy = [] { return false; }) {
     connect(&timer_, &QTimer::timeout, this, [this, keys, busy] {
       auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
       if (!box || !box->isVisible()) return;
-      seen.append({box->windowTitle() + ": " + box->text(), box->detailedText(), busy()});
+      seen.append(
+          {box->windowTitle() + ": " + box->text(), box->detailedText(), busy(), box->informativeText()});
       const QChar key = keys[std::min(seen.size(), keys.size()) - 1];
       QWidget* focus = box->isAncestorOf(QApplication::focusWidget()) ? QApplication::focusWidget() : box;
       if (key == 'R' || key == 'E')
@@ -93,6 +110,7 @@ class MenuAnswerer : public QObject {
     connect(&timer_, &QTimer::timeout, this, [this, text, clickOn] {
       auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
       if (!menu) return;
+      where = menu->pos();
       for (QAction* action : menu->actions()) {
         offered << (action->isEnabled() ? action->text() : "(" + action->text() + ")");
         if (action->text() == text)
@@ -105,6 +123,7 @@ class MenuAnswerer : public QObject {
     timer_.start(5);
   }
   QStringList offered;
+  QPoint where;  // of the last menu
 
  private:
   QTimer timer_;
@@ -148,17 +167,19 @@ inline bool idle(const Vorn& w) {
          w.focusWidget() == w.appliCombo && !w.progress->isVisible();
 }
 
-// The result list as text: every item, a child indented, its columns 0 to 4
-// (the last the mark of a red item) joined by "|", one a line.
-inline QString treeText(const QTreeWidget* list) {
+// The result list as text: every row, a finding's indented, its columns 0
+// to 4 (the last the mark of a red item) joined by "|", one a line.
+inline QString treeText(const QTreeView* list) {
+  const QAbstractItemModel* model = list->model();
   QString text;
-  const auto add = [&text](const QTreeWidgetItem* item, const QString& indent) {
+  const auto add = [&](const QModelIndex& row, const QString& indent) {
     text += indent;
-    for (int c = 0; c < 5; ++c) text += item->text(c) + (c < 4 ? "|" : "\n");
+    for (int c = 0; c < 5; ++c) text += row.siblingAtColumn(c).data().toString() + (c < 4 ? "|" : "\n");
   };
-  for (int t = 0; t < list->topLevelItemCount(); ++t) {
-    add(list->topLevelItem(t), "");
-    for (int c = 0; c < list->topLevelItem(t)->childCount(); ++c) add(list->topLevelItem(t)->child(c), "  ");
+  for (int t = 0; t < model->rowCount(); ++t) {
+    const QModelIndex item = model->index(t, 0);
+    add(item, "");
+    for (int c = 0; c < model->rowCount(item); ++c) add(model->index(c, 0, item), "  ");
   }
   return text;
 }

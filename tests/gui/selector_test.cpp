@@ -75,6 +75,7 @@ class SelectorTest : public QObject {
     MenuAnswerer pick("a.box");
     choose(&f.appli, 6);
     QCOMPARE(f.appli.itemText(6) + " " + f.selector.boxFilePath("*.idx"), "a.box " + home.boxDir() + "a.box");
+    QCOMPARE(pick.where, f.appli.mapToGlobal(QPoint(0, f.appli.height())));  // under the choice
   }
 
   void emptyOtherBoxesSaysSoAndKeepsTheClick() {
@@ -99,10 +100,16 @@ class SelectorTest : public QObject {
     f.selector.activateAll();
     choose(&f.appli, 7);
     QCOMPARE(f.appli.currentText() + " " + f.selector.boxFilePath("*.idx"), "Kopie.box " + dialogAnswer);
-    QVERIFY(f.appli.currentIndex() == 6 && !f.selector.isFastLoad() && !f.storage.isEnabled());
-    dialogAnswer.clear();  // cancelled: the calendar again; the directory is remembered
+    QVERIFY(f.appli.currentIndex() == boxFileSelecter::kOpenedRow && f.selector.applicationRow() == 6 &&
+            !f.selector.isFastLoad() && !f.storage.isEnabled());
+    {
+      MenuAnswerer none("none");  // chosen again: the file stays, no menu
+      choose(&f.appli, boxFileSelecter::kOpenedRow);
+      QVERIFY(none.offered.isEmpty() && f.selector.boxFilePath(".box") == dialogAnswer);
+    }
+    dialogAnswer.clear();  // cancelled: the file stays; the directory is remembered
     choose(&f.appli, 7);
-    QCOMPARE(f.appli.currentIndex(), 0);
+    QCOMPARE(f.appli.currentIndex(), boxFileSelecter::kOpenedRow);
     const QString filter = "|Box files (*.box *.BOX);;All files (*)";
     QCOMPARE(dialogsOpened, (QStringList{"Open box file|" + home.boxDir() + filter,
                                          "Open box file|" + home.path() + "/backup" + filter}));
