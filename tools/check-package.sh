@@ -30,7 +30,8 @@ for path in usr/bin/vorn usr/bin/boxtool usr/libexec/vorn/vorn-gui \
   usr/share/man/man1/vorn.1.gz usr/share/man/man1/boxtool.1.gz \
   usr/share/applications/vorn.desktop usr/share/icons/hicolor/scalable/apps/vorn.svg \
   usr/share/vorn/translations/vorn_ja.qm usr/share/doc/vorn/copyright usr/share/doc/vorn/changelog.Debian.gz \
-  usr/share/metainfo/org.vorn.vorn.metainfo.xml usr/share/bash-completion/completions/boxtool; do
+  usr/share/metainfo/org.vorn.vorn.metainfo.xml usr/share/bash-completion/completions/boxtool \
+  usr/share/mime/packages/vorn.xml; do
   if ! grep -q " \./$path\$" <<<"$listing"; then
     echo "the package lacks $path" >&2
     missing=1
@@ -57,6 +58,13 @@ echo "hardening-check: every program hardened"
 appstreamcli validate --no-net --pedantic "$contents"/usr/share/metainfo/*.metainfo.xml >/dev/null ||
   { appstreamcli validate --no-net --pedantic "$contents"/usr/share/metainfo/*.metainfo.xml >&2; exit 1; }
 desktop-file-validate "$contents"/usr/share/applications/*.desktop || exit 1
+# The box files' type: shared-mime-info takes it without a complaint.
+mime="$contents/mime-check"
+mkdir -p "$mime/packages"
+cp "$contents"/usr/share/mime/packages/vorn.xml "$mime/packages/"
+complaints="$(update-mime-database "$mime" 2>&1)"
+[ -z "$complaints" ] && grep -q 'application/x-qtopia-box' "$mime/magic" ||
+  { echo "the box files' type is not taken: $complaints" >&2; exit 1; }
 
 # Reproducible: the same commit built again, in a directory as deep as the
 # first (moc writes a relative path to the sources into the window

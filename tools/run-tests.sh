@@ -19,7 +19,7 @@ werror=OFF
 jobs="$(nproc)"
 
 if [ "${VORN_QUICK:-0}" != 1 ]; then
-  vorn_ensure_packages clang-14 libclang-rt-14-dev man-db lintian devscripts appstream desktop-file-utils
+  vorn_ensure_packages clang-14 libclang-rt-14-dev man-db lintian devscripts appstream desktop-file-utils shared-mime-info
 
   echo "== fuzzing (${VORN_FUZZ_SECONDS:-60} s a target)"
   vorn_build fuzz build-fuzz -DVORN_WERROR="$werror" -DVORN_FUZZ_SECONDS="${VORN_FUZZ_SECONDS:-60}"

@@ -224,6 +224,173 @@ Please unset fastload.</source>
         <source>Analyse the selected box file and list its findings</source>
         <translation>選択したボックスファイルを解析し、結果を一覧表示します</translation>
     </message>
+    <message>
+        <source>After collecting, also delete the box&apos;s index files (after a question)</source>
+        <translation>整理の後、ボックスのインデックスファイルも削除します (確認の後)</translation>
+    </message>
+    <message>
+        <source>List the box&apos;s structures as well as its problems</source>
+        <translation>問題だけでなく、ボックスの構造も一覧表示します</translation>
+    </message>
+    <message>
+        <source>List every card, also the cards without findings</source>
+        <translation>問題のないカードも含め、すべてのカードを一覧表示します</translation>
+    </message>
+    <message>
+        <source>Write the analysis&apos; debug lines and a copy of the findings to standard error</source>
+        <translation>解析のデバッグ行と結果の写しを標準エラー出力に書き出します</translation>
+    </message>
+    <message>
+        <source>Run the box library&apos;s own check instead of the analysis</source>
+        <translation>解析の代わりにボックスライブラリ自身の検査を実行します</translation>
+    </message>
+</context>
+<context>
+    <name>VornWindow</name>
+    <message>
+        <source>Cancel</source>
+        <translation>取り消し</translation>
+    </message>
+    <message>
+        <source>Stop waiting for the analysis (Escape)</source>
+        <translation>解析を待つのをやめます (Escape)</translation>
+    </message>
+    <message>
+        <source>&amp;File</source>
+        <translation>ファイル(&amp;F)</translation>
+    </message>
+    <message>
+        <source>&amp;Open...</source>
+        <translation>開く(&amp;O)...</translation>
+    </message>
+    <message>
+        <source>Open &amp;Recent</source>
+        <translation>最近使ったファイル(&amp;R)</translation>
+    </message>
+    <message>
+        <source>&amp;Save Findings...</source>
+        <translation>結果を保存(&amp;S)...</translation>
+    </message>
+    <message>
+        <source>&amp;Quit</source>
+        <translation>終了(&amp;Q)</translation>
+    </message>
+    <message>
+        <source>&amp;Edit</source>
+        <translation>編集(&amp;E)</translation>
+    </message>
+    <message>
+        <source>&amp;Copy</source>
+        <translation>コピー(&amp;C)</translation>
+    </message>
+    <message>
+        <source>Copy the selected rows, or every row when none is selected</source>
+        <translation>選択した行を、選択がなければすべての行をコピーします</translation>
+    </message>
+    <message>
+        <source>Copy &amp;All</source>
+        <translation>すべてコピー(&amp;A)</translation>
+    </message>
+    <message>
+        <source>&amp;Help</source>
+        <translation>ヘルプ(&amp;H)</translation>
+    </message>
+    <message>
+        <source>vorn &amp;Manual</source>
+        <translation>vorn マニュアル(&amp;M)</translation>
+    </message>
+    <message>
+        <source>&amp;About vorn</source>
+        <translation>vorn について(&amp;A)</translation>
+    </message>
+    <message>
+        <source>1 critical</source>
+        <translation>致命的 1 件</translation>
+    </message>
+    <message>
+        <source>%1 critical</source>
+        <translation>致命的 %1 件</translation>
+    </message>
+    <message>
+        <source>1 error</source>
+        <translation>エラー 1 件</translation>
+    </message>
+    <message>
+        <source>%1 errors</source>
+        <translation>エラー %1 件</translation>
+    </message>
+    <message>
+        <source>1 warning</source>
+        <translation>警告 1 件</translation>
+    </message>
+    <message>
+        <source>%1 warnings</source>
+        <translation>警告 %1 件</translation>
+    </message>
+    <message>
+        <source>no problems found</source>
+        <translation>問題は見つかりませんでした</translation>
+    </message>
+    <message>
+        <source>, </source>
+        <translation>、</translation>
+    </message>
+    <message>
+        <source>%1 - %2</source>
+        <translation>%1 - %2</translation>
+    </message>
+    <message>
+        <source>%1: %2 bytes, %3 cards</source>
+        <translation>%1: %2 バイト、カード %3 枚</translation>
+    </message>
+    <message>
+        <source>Analysis cancelled</source>
+        <translation>解析を取り消しました</translation>
+    </message>
+    <message>
+        <source>&amp;Clear Menu</source>
+        <translation>一覧を消去(&amp;C)</translation>
+    </message>
+    <message>
+        <source>Text, as the list shows them (*.txt)</source>
+        <translation>テキスト、一覧の表示どおり (*.txt)</translation>
+    </message>
+    <message>
+        <source>NDJSON, as boxtool check --json writes them (*.ndjson)</source>
+        <translation>NDJSON、boxtool check --json の出力どおり (*.ndjson)</translation>
+    </message>
+    <message>
+        <source>Save Findings</source>
+        <translation>結果を保存</translation>
+    </message>
+    <message>
+        <source>The findings could not be saved.
+%1
+%2</source>
+        <translation>結果を保存できませんでした。
+%1
+%2</translation>
+    </message>
+    <message>
+        <source>Findings saved to %1</source>
+        <translation>結果を %1 に保存しました</translation>
+    </message>
+    <message>
+        <source>The manual is the manual page vorn(1): man vorn</source>
+        <translation>マニュアルはマニュアルページ vorn(1) です: man vorn</translation>
+    </message>
+    <message>
+        <source>vorn Manual</source>
+        <translation>vorn マニュアル</translation>
+    </message>
+    <message>
+        <source>About vorn</source>
+        <translation>vorn について</translation>
+    </message>
+    <message>
+        <source>&lt;h3&gt;vorn %1&lt;/h3&gt;&lt;p&gt;Analyses and compacts the record databases (box files) of a Qtopia handheld.&lt;/p&gt;&lt;p&gt;Copyright 2026 the vorn authors.&lt;br&gt;Released under the MIT licence.&lt;/p&gt;</source>
+        <translation>&lt;h3&gt;vorn %1&lt;/h3&gt;&lt;p&gt;Qtopia 携帯端末の記録データベース (ボックスファイル) を解析し、整理します。&lt;/p&gt;&lt;p&gt;Copyright 2026 the vorn authors.&lt;br&gt;MIT ライセンスで配布されています。&lt;/p&gt;</translation>
+    </message>
 </context>
 <context>
     <name>boxFileSelecter</name>
