@@ -1,5 +1,6 @@
 // Process entry: a box file path as the first argument analyses that file on
-// the command line; no argument, or "-qcop", starts the graphical mode.
+// the command line; no argument, or "-qcop" (with the box file the window
+// opens after it), starts the graphical mode.
 // --help, -h, --version and -V are answered only when no file of that name
 // exists: any other first argument is a path to analyse.
 #include <sys/stat.h>
@@ -27,8 +28,8 @@ bool isOption(const char* argument, const char* shortForm, const char* longForm)
 int main(int argc, char** argv) {
   if (argc > 1 && isOption(argv[1], "-h", "--help")) {
     std::fputs(
-        "usage: vorn FILE      analyse a box file, the findings on standard output\n"
-        "       vorn [-qcop]   open the window\n"
+        "usage: vorn FILE               analyse a box file, the findings on standard output\n"
+        "       vorn [-qcop [FILE]]     open the window (with FILE chosen and analysed)\n"
         "See vorn(1); boxtool(1) checks, exports, rescues and compacts box files.\n",
         stdout);
     return finishOutput("vorn", 0);

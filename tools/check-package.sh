@@ -63,8 +63,10 @@ mime="$contents/mime-check"
 mkdir -p "$mime/packages"
 cp "$contents"/usr/share/mime/packages/vorn.xml "$mime/packages/"
 complaints="$(update-mime-database "$mime" 2>&1)"
-[ -z "$complaints" ] && grep -q 'application/x-qtopia-box' "$mime/magic" ||
-  { echo "the box files' type is not taken: $complaints" >&2; exit 1; }
+if [ -n "$complaints" ] || ! grep -q 'application/x-qtopia-box' "$mime/magic"; then
+  echo "the box files' type is not taken: $complaints" >&2
+  exit 1
+fi
 
 # Reproducible: the same commit built again, in a directory as deep as the
 # first (moc writes a relative path to the sources into the window

@@ -119,7 +119,10 @@ class WindowTest : public QObject {
       for (const QModelIndex& row : {second, w.form->resultModel->index(0, 0, second), first})
         selection->select(row, QItemSelectionModel::Select | QItemSelectionModel::Rows);
       expected = copiedText(tree.section('\n', 0, 2) + '\n');
-      w.copyAction->trigger();
+      w.activateWindow();
+      QVERIFY(QTest::qWaitForWindowActive(&w));
+      w.form->result->setFocus();
+      QTest::keyClick(w.form->result, Qt::Key_C, Qt::ControlModifier);  // the list's own copy is one cell
     } else if (how == "all") {
       selection->select(first, QItemSelectionModel::Select | QItemSelectionModel::Rows);
       w.copyAllAction->trigger();
