@@ -114,6 +114,19 @@ class SelectorTest : public QObject {
     QCOMPARE(dialogsOpened, (QStringList{"Open box file|" + home.boxDir() + filter,
                                          "Open box file|" + home.path() + "/backup" + filter}));
   }
+
+  void openDialogStartsNearAHomeThatIsNotText() {
+    // The dialog knows paths as text only: it opens at the nearest
+    // directory above that is, not in the working directory.
+    TempHome home(fromLocalFileName("h\xe9me"));
+    boxFileSelecter::openFileDialog = fakeDialog;
+    dialogsOpened.clear();
+    dialogAnswer.clear();
+    Fixture f;
+    f.selector.activateAll();
+    choose(&f.appli, 7);
+    QCOMPARE(dialogsOpened.value(0).section('|', 1, 1), home.path().section('/', 0, -2));
+  }
 };
 
 QTEST_MAIN(SelectorTest)
