@@ -458,11 +458,6 @@ class Exporter {
   std::string raw_;
 };
 
-int fail(const std::string& path, const std::string& reason, int status) {
-  std::fprintf(stderr, "boxtool: %s: %s\n", printable(path).c_str(), printable(reason).c_str());
-  return status;
-}
-
 // The field table the records are read with, and the trace of the cards
 // behind it.  Without a table the cards' values cannot be told apart: when
 // the cards agree on how many values they hold, those are shown without

@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "analysed_file.h"
+#include "collection.h"
 #include "command.h"
 #include "printable.h"
 
@@ -29,7 +30,7 @@ struct CardClass {
   const char* label;
   const char* key;
   uint64_t count = 0;
-  uint64_t bytes = 0;
+  int64_t bytes = 0;  // the error cards' may be negative: a salvage may shrink a card's size below 0
   bool part = false;  // a part of the system class, indented in the text form
 };
 
@@ -73,15 +74,17 @@ Report makeReport(const AnalysedFile& file) {
       part->bytes += uint64_t{box::kCardHeadSize} + card.size;
     }
   }
+  // The census sums sizes in 32 bits, as the handheld's tool does; an error
+  // card's size the salvage set below its head's end counts as negative.
   r.classes = {{"normal", "normal", chain.normalCount, chain.normalBytes},
                {"garbage", "garbage", chain.garbageCount, chain.garbageBytes},
-               {"error", "error", chain.errorCount, chain.errorBytes},
+               {"error", "error", chain.errorCount, static_cast<int32_t>(chain.errorBytes)},
                {"system", "system", chain.systemCount, chain.systemBytes},
                offsetCards,
                indexCard,
                terminator};
-  // The collector drops the garbage cards and adds a missing terminator.
-  r.compactFrees = int64_t{chain.garbageBytes} - (terminator.count ? 0 : box::kTerminatorSize);
+  const CompactionPlan plan = compactionPlan(a);
+  r.compactFrees = static_cast<int64_t>(plan.droppedBytes) - (plan.addsTerminator ? box::kTerminatorSize : 0);
 
   Coverage& c = r.coverage;
   for (const OffsetSegment& run : a.offsetTable.segments) {
@@ -133,10 +136,10 @@ std::string text(const AnalysedFile& file, const Report& r) {
 
   out += title("Cards", format("%10s %10s", "count", "bytes"));
   for (const CardClass& c : r.classes) {
-    out += row(c.label,
-               format("%10llu %10llu", static_cast<unsigned long long>(c.count),
-                      static_cast<unsigned long long>(c.bytes)),
-               c.part ? 4 : 2);
+    out += row(
+        c.label,
+        format("%10llu %10lld", static_cast<unsigned long long>(c.count), static_cast<long long>(c.bytes)),
+        c.part ? 4 : 2);
   }
   out += row("compact frees", format("%10s %10lld", "", static_cast<long long>(r.compactFrees)));
 
@@ -224,10 +227,7 @@ struct InfoArguments {
 
 int runInfo(const InfoArguments& args) {
   const AnalysedFile file(args.path);
-  if (!file.analysed()) {
-    std::fprintf(stderr, "boxtool: %s: %s\n", printable(args.path).c_str(), printable(file.reason).c_str());
-    return exit_status::kNotAnalysed;
-  }
+  if (!file.analysed()) return fail(args.path, file.reason, exit_status::kNotAnalysed);
   const Report report = makeReport(file);
   const std::string out = args.json ? layout(json(file, report)) : text(file, report);
   std::fwrite(out.data(), 1, out.size(), stdout);

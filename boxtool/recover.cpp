@@ -31,11 +31,6 @@ struct RecoverArguments {
   Progress::Mode progress = Progress::Mode::kAuto;
 };
 
-int fail(const std::string& path, const std::string& reason, int status) {
-  std::fprintf(stderr, "boxtool: %s: %s\n", printable(path).c_str(), printable(reason).c_str());
-  return status;
-}
-
 std::string place(const RescuedRecord& r) {
   if (r.card < 0) return format("found at 0x%06x, ID 0x%04x", r.offset, r.id);
   return format("card %d at 0x%06x, ID 0x%04x", r.card, r.offset, r.id);
@@ -167,10 +162,9 @@ int runRecover(const RecoverArguments& args) {
 
   OutputFile out(args.target);
   if (!out.opened()) return fail(args.target, out.error, exit_status::kNotWritten);
-  if (std::fwrite(rescued.bytes.data(), 1, rescued.bytes.size(), out.stream()) != rescued.bytes.size() ||
-      !out.commit(args.force)) {
-    return fail(args.target, out.error.empty() ? "write failed" : out.error, exit_status::kNotWritten);
-  }
+  if (!out.write(rescued.bytes.data(), rescued.bytes.size()))
+    return fail(args.target, "write failed", exit_status::kNotWritten);
+  if (!out.commit(args.force)) return fail(args.target, out.error, exit_status::kNotWritten);
   const int status = rescued.whole() ? exit_status::kClean : exit_status::kIncomplete;
   const std::string text = args.json ? jsonSummary(args, rescued, status) : summary(rescued, args.target);
   std::fwrite(text.data(), 1, text.size(), stdout);

@@ -24,23 +24,6 @@ QString formatted(const char* format, ...) {
   return QString::fromLatin1(buffer);
 }
 
-// The section names pass through QObject::tr, as the finding texts do, but
-// no catalogue translates either: they stay as the console shows them.
-const char* sectionName(int32_t index) {
-  switch (index) {
-    case kHeaderSection:
-      return "Box header";
-    case kItemInfoSection:
-      return "Item info";
-    case kOffsetTableSection:
-      return "Offset table";
-    case kDataChunkSection:
-      return "Data chunck";
-    default:
-      return nullptr;
-  }
-}
-
 }  // namespace
 
 QVariant ResultItem::data(int column, int role) const {
@@ -77,7 +60,9 @@ void ResultReporter::entry(int32_t index, uint32_t offset, uint32_t id, uint32_t
   QString col0;
   QString col1 = QLatin1String("");
   QString col2;
-  if (const char* name = sectionName(index)) {
+  // The section names pass through QObject::tr, as the finding texts do, but
+  // no catalogue translates either: they stay as the console shows them.
+  if (const char* name = sectionTitle(index)) {
     col0 = QObject::tr(name);
   } else {
     col0 = formatted("%.8x", offset);
