@@ -12,6 +12,10 @@ void addProgressOptions(CLI::App* app, Progress::Mode& mode) {
       "--no-progress", [&mode] { mode = Progress::Mode::kNever; }, "Show no progress");
 }
 
+void addBoxArgument(CLI::App* app, std::string& path, const char* name, const char* help) {
+  app->add_option(name, path, help)->required()->type_name("");
+}
+
 int fail(const std::string& path, const std::string& reason, int status) {
   std::fprintf(stderr, "boxtool: %s: %s\n", printable(path).c_str(), printable(reason).c_str());
   return status;

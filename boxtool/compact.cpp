@@ -107,6 +107,6 @@ Command addCompactCommand(CLI::App& boxtool) {
       "compact", "Drop the deleted cards of a box file with the box library's collector");
   app->add_flag("-n,--dry-run", args->dryRun, "Tell what would be dropped and the sizes; write nothing");
   app->add_flag("--backup", args->backup, "Keep the old box as BOX.bak (never replacing one)");
-  app->add_option("BOX", args->path, "The box file")->required()->type_name("");
+  addBoxArgument(app, args->path);
   return {app, [args] { return runCompact(*args); }};
 }

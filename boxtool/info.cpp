@@ -230,7 +230,7 @@ int runInfo(const InfoArguments& args) {
   if (!file.analysed()) return fail(args.path, file.reason, exit_status::kNotAnalysed);
   const Report report = makeReport(file);
   const std::string out = args.json ? layout(json(file, report)) : text(file, report);
-  std::fwrite(out.data(), 1, out.size(), stdout);
+  writeOut(out);
   flushOutput();
   return exit_status::kClean;
 }
@@ -242,6 +242,6 @@ Command addInfoCommand(CLI::App& boxtool) {
   CLI::App* app = boxtool.add_subcommand(
       "info", "Statistics of a box file: stored and counted totals, cards per class, fields, offset table");
   app->add_flag("--json", args->json, "One JSON object instead of text");
-  app->add_option("BOX", args->path, "The box file")->required()->type_name("");
+  addBoxArgument(app, args->path);
   return {app, [args] { return runInfo(*args); }};
 }

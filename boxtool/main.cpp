@@ -60,9 +60,7 @@ int checkedOutput(int status, bool bitmask) {
   return bitmask ? status | exit_status::kNotWritten : exit_status::kNotWritten;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int run(int argc, char** argv) {
   CLI::App app("Checks box files and reports on them, for people and for scripts.", "boxtool");
   app.set_version_flag("--version", "boxtool " BOXTOOL_VERSION);
   app.require_subcommand(1);
@@ -103,13 +101,21 @@ int main(int argc, char** argv) {
     return usageError(e.what(), named);
   }
   for (const Command& command : commands) {
-    if (!command.app->parsed()) continue;
-    try {
-      return checkedOutput(command.run(), command.app->get_name() == "check");
-    } catch (const std::bad_alloc&) {
-      std::fputs("boxtool: out of memory\n", stderr);
-      return exit_status::kNotAnalysed;
-    }
+    if (command.app->parsed()) return checkedOutput(command.run(), command.app->get_name() == "check");
   }
   return exit_status::kUsage;
+}
+
+}  // namespace
+
+// Whatever goes wrong ends with a line that says so, never with an abort.
+int main(int argc, char** argv) {
+  try {
+    return run(argc, argv);
+  } catch (const std::bad_alloc&) {
+    std::fputs("boxtool: out of memory\n", stderr);
+  } catch (const std::exception& e) {
+    std::fprintf(stderr, "boxtool: %s\n", printable(e.what()).c_str());
+  }
+  return exit_status::kNotAnalysed;
 }

@@ -167,7 +167,7 @@ int runRecover(const RecoverArguments& args) {
   if (!out.commit(args.force)) return fail(args.target, out.error, exit_status::kNotWritten);
   const int status = rescued.whole() ? exit_status::kClean : exit_status::kIncomplete;
   const std::string text = args.json ? jsonSummary(args, rescued, status) : summary(rescued, args.target);
-  std::fwrite(text.data(), 1, text.size(), stdout);
+  writeOut(text);
   flushOutput();
   return status;
 }
@@ -185,7 +185,7 @@ Command addRecoverCommand(CLI::App& boxtool) {
       ->type_name("SOUND.BOX");
   app->add_flag("-f,--force", args->force, "Replace NEW.BOX when it exists");
   addProgressOptions(app, args->progress);
-  app->add_option("BROKEN.BOX", args->broken, "The damaged box; it is only read")->required()->type_name("");
-  app->add_option("NEW.BOX", args->target, "The new box")->required()->type_name("");
+  addBoxArgument(app, args->broken, "BROKEN.BOX", "The damaged box; it is only read");
+  addBoxArgument(app, args->target, "NEW.BOX", "The new box");
   return {app, [args] { return runRecover(*args); }};
 }

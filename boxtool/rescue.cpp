@@ -59,17 +59,14 @@ std::string whyNotWhole(ByteView file, const Record& r, const ItemInfo& fields) 
     return describe("its stated item length area (%u bytes) is not that of its item lengths (%u bytes)",
                     v.statedArea, v.areaLength);
   return describe("its size (%u) is not that of its values (%llu)", *size,
-                  static_cast<unsigned long long>(box::kCardBodyFixedSize + v.areaLength + values));
+                  static_cast<unsigned long long>(box::normalCardSize(v.areaLength, values)));
 }
 
 // The header's and the default table's bytes the format leaves to the
 // device, copied from the broken box where it has them.
 void copyUninterpreted(ByteView broken, std::vector<uint8_t>& out) {
-  const std::pair<uint32_t, uint32_t> ranges[] = {{box::kItemInfoSizeField + 4 + 4, box::kGarbageSizeField},
-                                                  {box::kMaxIdField + 2, box::kHeaderSize},
-                                                  {box::kHeaderSize, box::kDefaultEntriesOffset}};
-  for (const auto& [from, to] : ranges) {
-    for (uint32_t k = from; k < to && k < broken.size(); ++k) out[k] = broken.data()[k];
+  for (const auto& [from, to] : box::kUnexaminedRanges) {
+    for (uint32_t k = from; k < to; ++k) out[k] = broken.u8(k).value_or(out[k]);
   }
 }
 

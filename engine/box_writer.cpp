@@ -8,6 +8,22 @@
 #include "box_format.h"
 #include "coding.h"
 
+std::vector<uint8_t> normalCardBody(const std::vector<std::vector<uint8_t>>& values) {
+  std::vector<uint8_t> area;
+  size_t valuesLength = 0;
+  for (const std::vector<uint8_t>& v : values) {
+    appendItemLength(area, static_cast<uint32_t>(v.size()));
+    valuesLength += v.size();
+  }
+  std::vector<uint8_t> body;
+  body.reserve(box::normalCardSize(area.size(), valuesLength));
+  appendFixed16(body, 0);
+  appendFixed16(body, static_cast<uint16_t>(area.size()));
+  body.insert(body.end(), area.begin(), area.end());
+  for (const std::vector<uint8_t>& v : values) body.insert(body.end(), v.begin(), v.end());
+  return body;
+}
+
 BoxWriter::BoxWriter(const std::vector<uint8_t>& itemInfo) {
   // Sized once and copied into, rather than grown by insert: GCC 12 at -O3
   // misreads the insert after the zeroed header as writing out of bounds.

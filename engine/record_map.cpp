@@ -183,7 +183,7 @@ bool cardIsConsistent(ByteView file, uint64_t offset, const ItemInfo& fields, ui
     return false;
   const CardValues values(file, offset, fields);
   if (values.decoded != values.count() || values.statedArea != values.areaLength ||
-      size != box::kCardBodyFixedSize + values.areaLength + values.valuesLength)
+      size != box::normalCardSize(values.areaLength, values.valuesLength))
     return false;
   for (int k = 0; k < values.count(); ++k) {
     if (!lengthFitsDataId(fields.entries[static_cast<size_t>(k)], values.length(k))) return false;

@@ -27,8 +27,6 @@ class ResultReporter : public Reporter {
   // when it is destroyed the list sorts once, as it was set to.
   ResultReporter(QTreeWidget* list, QProgressBar* progressBar, bool echo);
   ~ResultReporter() override;
-  ResultReporter(const ResultReporter&) = delete;
-  ResultReporter& operator=(const ResultReporter&) = delete;
 
   void message(const char* format, va_list args) override __attribute__((format(printf, 2, 0)));
   void entry(int32_t index, uint32_t offset, uint32_t id, uint32_t size, uint32_t code, const char* text,
