@@ -40,6 +40,7 @@ if [ -n "$build" ] && [ -f "$build/compile_commands.json" ]; then
     [ -e "$passed/$key" ] || todo+=("$f" "$key")
   done
   # Each source alone, as many at once as there are processors.
+  # shellcheck disable=SC2317 # run by xargs through bash -c
   tidy() {
     local log
     log="$(clang-tidy -p "$build" --quiet "$1" 2>&1)"
