@@ -25,6 +25,7 @@
 #include "report_scope.h"
 #include "reporter.h"
 #include "resolution.h"
+#include "text_coding.h"
 
 GcSystem gcSystem = {::statfs, _BoxGarbageCollect, std::system};
 
@@ -51,8 +52,7 @@ class RefusalCollector : public SilentReporter {
   void entry(int32_t index, uint32_t offset, uint32_t, uint32_t, uint32_t code, const char* text,
              const char* format, va_list args) override {
     if (!refusesCollection(index, code)) return;
-    char detail[256] = "";
-    if (format) std::vsnprintf(detail, sizeof detail, format, args);
+    const std::string detail = format ? vformat(format, args) : "";
     const char* section = sectionTitle(index);
     const QString where = section ? QString::fromLatin1(section)
                                   : QCoreApplication::translate("Vorn", "card %1 at 0x%2")
@@ -60,7 +60,7 @@ class RefusalCollector : public SilentReporter {
                                         .arg(offset, 6, 16, QLatin1Char('0'));
     lines << QStringLiteral("%1: %2 %3%4")
                  .arg(where, QString::fromLatin1(severityName(code)), QString::fromLatin1(text ? text : ""),
-                      QString::fromLatin1(detail));
+                      QString::fromLatin1(detail.c_str()));
   }
   QStringList lines;
 };

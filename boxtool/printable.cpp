@@ -30,24 +30,6 @@ std::string printable(std::string_view bytes) {
   return out;
 }
 
-std::string vformat(const char* fmt, va_list args) {
-  va_list again;
-  va_copy(again, args);
-  const int length = std::vsnprintf(nullptr, 0, fmt, args);
-  std::string out(length > 0 ? static_cast<size_t>(length) : 0, '\0');
-  if (length > 0) std::vsnprintf(out.data(), out.size() + 1, fmt, again);
-  va_end(again);
-  return out;
-}
-
-std::string format(const char* fmt, ...) {
-  va_list args;
-  va_start(args, fmt);
-  std::string out = vformat(fmt, args);
-  va_end(args);
-  return out;
-}
-
 void writeOut(const std::string& text) { std::fwrite(text.data(), 1, text.size(), stdout); }
 
 namespace {

@@ -1,5 +1,6 @@
 #include "text_coding.h"
 
+#include <cstdio>
 #include <cstring>
 
 #if defined(__SSE2__)
@@ -63,4 +64,22 @@ void appendHex(std::string& out, const uint8_t* bytes, size_t length) {
     out += kDigits[bytes[k] >> 4];
     out += kDigits[bytes[k] & 0x0F];
   }
+}
+
+std::string vformat(const char* fmt, va_list args) {
+  va_list again;
+  va_copy(again, args);
+  const int length = std::vsnprintf(nullptr, 0, fmt, args);
+  std::string out(length > 0 ? static_cast<size_t>(length) : 0, '\0');
+  if (length > 0) std::vsnprintf(out.data(), out.size() + 1, fmt, again);
+  va_end(again);
+  return out;
+}
+
+std::string format(const char* fmt, ...) {
+  va_list args;
+  va_start(args, fmt);
+  std::string out = vformat(fmt, args);
+  va_end(args);
+  return out;
 }

@@ -2,6 +2,7 @@
 // of export and for boxtool's printable form of any bytes.
 #pragma once
 
+#include <cstdarg>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -17,3 +18,7 @@ bool validUtf8(const uint8_t* bytes, size_t length);
 
 // Lowercase hex, two digits a byte, appended to out.
 void appendHex(std::string& out, const uint8_t* bytes, size_t length);
+
+// printf into a std::string, of any length.
+std::string format(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
+std::string vformat(const char* fmt, va_list args) __attribute__((format(printf, 1, 0)));

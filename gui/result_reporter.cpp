@@ -10,18 +10,18 @@
 
 #include "entry_format.h"
 #include "findings.h"
+#include "text_coding.h"
 #include "vorn_base.h"
 
 namespace {
 
 QString formatted(const char* format, ...) __attribute__((format(printf, 1, 2)));
 QString formatted(const char* format, ...) {
-  char buffer[64];
   va_list args;
   va_start(args, format);
-  std::vsnprintf(buffer, sizeof buffer, format, args);
+  const std::string text = vformat(format, args);
   va_end(args);
-  return QString::fromLatin1(buffer);
+  return QString::fromLatin1(text.c_str());
 }
 
 }  // namespace

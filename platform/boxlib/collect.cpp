@@ -16,6 +16,7 @@
 #include "findings.h"
 #include "output_file.h"
 #include "silent_analysis.h"
+#include "text_coding.h"
 
 namespace {
 
@@ -63,10 +64,7 @@ std::string collectionRefusal(const BoxAnalysis& a) {
   for (size_t i = 0; i < a.chain->cards.size(); ++i) {
     const CardRecord& card = a.chain->cards[i];
     if (refusesCollection(static_cast<int32_t>(i), card.level)) {
-      char where[96];
-      std::snprintf(where, sizeof where, "card %zu at 0x%06x, ID 0x%04x, is damaged", i, card.offset,
-                    card.id);
-      return where;
+      return format("card %zu at 0x%06x, ID 0x%04x, is damaged", i, card.offset, card.id);
     }
   }
   // Everything before the first card is copied as it stands, so that is
