@@ -5,17 +5,15 @@
 
 #include <cstdio>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <vector>
 
 #include "analysed_file.h"
 #include "command.h"
+#include "json_text.h"
 #include "printable.h"
 #include "worker_pool.h"
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 struct CheckOptions {
   bool json = false;
@@ -26,10 +24,7 @@ struct CheckOptions {
 // changes meaning or goes away.
 constexpr int kSchema = 1;
 
-std::string jsonLine(const Json& j) {
-  // Every string is printable() already; replace is only a safety net.
-  return j.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
-}
+std::string jsonLine(const Json& j) { return jsonText(j) + "\n"; }
 
 // "card 49 at 0x0019d2, ID 0x0000" or "box header".
 std::string place(const Finding& f) {

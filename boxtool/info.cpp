@@ -4,16 +4,14 @@
 // follow.
 #include <cstdio>
 #include <memory>
-#include <nlohmann/json.hpp>
 
 #include "analysed_file.h"
 #include "collection.h"
 #include "command.h"
+#include "json_text.h"
 #include "printable.h"
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 constexpr int kSchema = 1;
 constexpr int kLabelWidth = 32;  // where the values of the text form begin
@@ -198,22 +196,20 @@ Json json(const AnalysedFile& file, const Report& r) {
   return j;
 }
 
-std::string compact(const Json& j) { return j.dump(-1, ' ', false, Json::error_handler_t::replace); }
-
 // One member of the object a line, and one element of an array a line:
 // short enough to read, and still one JSON object.
 std::string layout(const Json& j) {
   std::string out = "{\n";
   size_t member = 0;
   for (const auto& [key, value] : j.items()) {
-    out += "  " + compact(key) + ": ";
+    out += "  " + jsonText(key) + ": ";
     if (value.is_array() && !value.empty()) {
       out += "[\n";
       for (size_t k = 0; k < value.size(); ++k)
-        out += "    " + compact(value[k]) + (k + 1 < value.size() ? ",\n" : "\n");
+        out += "    " + jsonText(value[k]) + (k + 1 < value.size() ? ",\n" : "\n");
       out += "  ]";
     } else {
-      out += compact(value);
+      out += jsonText(value);
     }
     out += ++member < j.size() ? ",\n" : "\n";
   }

@@ -5,18 +5,16 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
-#include <nlohmann/json.hpp>
 
 #include "analysed_file.h"
 #include "box_file.h"
 #include "command.h"
+#include "json_text.h"
 #include "output_file.h"
 #include "printable.h"
 #include "rescue.h"
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 // The version of the JSON summary's layout.
 constexpr int kSchema = 1;
@@ -119,7 +117,7 @@ std::string jsonSummary(const RecoverArguments& args, const RescuedBox& r, int s
   } else if (r.cardValueCount >= 0) {
     j["card_values"] = r.cardValueCount;
   }
-  return j.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+  return jsonText(j) + "\n";
 }
 
 int runRecover(const RecoverArguments& args) {
