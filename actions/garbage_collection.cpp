@@ -50,7 +50,7 @@ void sendRestart() { QCopEnvelope("QPE/System", "restart()"); }
 class RefusalCollector : public SilentReporter {
  public:
   void entry(int32_t index, uint32_t offset, uint32_t, uint32_t, uint32_t code, const char* text,
-             const char* format, va_list args) override {
+             const char* format, va_list args) override __attribute__((format(printf, 8, 0))) {
     if (!refusesCollection(index, code)) return;
     const std::string detail = format ? vformat(format, args) : "";
     const char* section = sectionTitle(index);

@@ -23,7 +23,8 @@ bool isUtf8Name(const std::string& name) {
 
 ValueDecoder::ValueDecoder(const std::string& encoding) : utf8_(isUtf8Name(encoding)) {
   if (utf8_) return;
-  const iconv_t cd = iconv_open("UTF-8", encoding.c_str());
+  iconv_t cd = iconv_open("UTF-8", encoding.c_str());
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): iconv_open's failure value
   if (cd != reinterpret_cast<iconv_t>(-1)) converter_ = cd;
 }
 
@@ -38,7 +39,7 @@ bool ValueDecoder::toText(const uint8_t* bytes, uint32_t length, RecordValue& va
     return true;
   }
   std::string& out = value.text;
-  const auto cd = static_cast<iconv_t>(converter_);
+  auto* const cd = static_cast<iconv_t>(converter_);
   iconv(cd, nullptr, nullptr, nullptr, nullptr);  // the initial shift state
   // Four bytes of UTF-8 for every input byte is more than any conversion
   // needs; the loop grows the buffer should one need more.

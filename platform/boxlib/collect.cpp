@@ -174,6 +174,7 @@ int replaceBox(const std::string& box, const std::vector<uint8_t>& bytes, const 
 
 }  // namespace
 
+// NOLINTNEXTLINE(bugprone-reserved-identifier): the library's own name
 extern "C" int _BoxGarbageCollect(const char* path) {
   if (!path) return BOX_GC_UNREADABLE;
   // Replace the file itself, not a symbolic link that leads to it.
