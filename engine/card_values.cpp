@@ -11,7 +11,7 @@ CardValues::CardValues(ByteView file, uint64_t cardOffset, const ItemInfo& field
   // An encoded length takes at most 4 bytes.  When the longest area the
   // fields could have lies inside the file, no length needs its own bounds
   // test; this is the case for every card but those at the very end.
-  constexpr uint64_t kWidest = 4;
+  constexpr uint64_t kWidest = kWidestItemLength;
   if (const uint8_t* area = file.at(areaStart, kWidest * static_cast<uint64_t>(count_))) {
     const uint8_t* p = area;
     for (; k < count_; ++k) {

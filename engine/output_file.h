@@ -39,7 +39,7 @@ struct FileCalls {
 extern FileCalls fileCalls;
 
 // OutputFile::write() hands the bytes to the system in pieces of this size.
-inline constexpr size_t kWriteChunk = 16 * 1024;
+inline constexpr size_t kWriteChunk = size_t{16} * 1024;
 
 // Writes all length bytes to fd with write, in pieces of at most
 // kWriteChunk, again after an interrupted call.  False, with errno set,

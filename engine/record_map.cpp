@@ -35,7 +35,7 @@ std::vector<uint64_t> sortedValues(std::vector<uint64_t> values) {
 
 // The smallest encoded area a card of count fields can have, and the largest.
 uint32_t smallestArea(int count) { return static_cast<uint32_t>(count); }
-uint32_t largestArea(int count) { return static_cast<uint32_t>(count) * 4; }
+uint32_t largestArea(int count) { return static_cast<uint32_t>(count) * kWidestItemLength; }
 
 // The first byte at or after p, before end, that is not zero; end when there is none.
 const uint8_t* nonZero(const uint8_t* p, const uint8_t* end) {
