@@ -36,7 +36,7 @@ int usageError(const std::string& what, const std::string& subcommand) {
 // does not have; empty when there is none.
 std::string unknownOption(const CLI::App& sub, int argc, char** argv, int from) {
   for (int k = from; k < argc; ++k) {
-    const std::string arg = argv[k];
+    std::string arg = argv[k];
     if (arg == "--") break;
     if (arg.size() < 2 || arg[0] != '-') continue;
     const std::string name = arg.substr(0, arg.find('='));

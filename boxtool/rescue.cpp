@@ -316,7 +316,7 @@ RescuedBox rescueBox(ByteView broken, const RescueOptions& options) {
                                                               : "; no card with this ID was found";
       }
     } else if (entry[id] != 0) {
-      why = "named by the offset table; " + why;
+      why.insert(0, "named by the offset table; ");
     }
     result.missing.push_back({static_cast<uint16_t>(id), why});
   }

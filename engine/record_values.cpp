@@ -32,13 +32,12 @@ ValueDecoder::~ValueDecoder() {
   if (converter_) iconv_close(static_cast<iconv_t>(converter_));
 }
 
-bool ValueDecoder::toText(const uint8_t* bytes, uint32_t length, RecordValue& value) {
+bool ValueDecoder::toText(const uint8_t* bytes, uint32_t length, RecordValue& out) {
   if (utf8_) {
     if (!validUtf8(bytes, length)) return false;
-    value.inPlace = std::string_view(reinterpret_cast<const char*>(bytes), length);
+    out.inPlace = std::string_view(reinterpret_cast<const char*>(bytes), length);
     return true;
   }
-  std::string& out = value.text;
   auto* const cd = static_cast<iconv_t>(converter_);
   iconv(cd, nullptr, nullptr, nullptr, nullptr);  // the initial shift state
   // Four bytes of UTF-8 for every input byte is more than any conversion
@@ -61,7 +60,7 @@ bool ValueDecoder::toText(const uint8_t* bytes, uint32_t length, RecordValue& va
   size_t outLeft = buffer_.size() - done;
   if (iconv(cd, nullptr, nullptr, &outPtr, &outLeft) == static_cast<size_t>(-1)) return false;
   done = static_cast<size_t>(outPtr - buffer_.data());
-  out.assign(buffer_.data(), done);
+  out.text.assign(buffer_.data(), done);
   return true;
 }
 

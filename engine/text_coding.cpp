@@ -7,9 +7,9 @@
 #include <emmintrin.h>
 #endif
 
-size_t utf8SequenceLength(const uint8_t* p, size_t available) {
+size_t utf8SequenceLength(const uint8_t* bytes, size_t available) {
   if (available == 0) return 0;
-  const uint8_t b0 = p[0];
+  const uint8_t b0 = bytes[0];
   if (b0 < 0x80) return 1;
   size_t length;
   uint8_t low = 0x80, high = 0xBF;  // the second byte's range
@@ -26,32 +26,32 @@ size_t utf8SequenceLength(const uint8_t* p, size_t available) {
   } else {
     return 0;  // a continuation byte, C0, C1 or F5 to FF
   }
-  if (available < length || p[1] < low || p[1] > high) return 0;
+  if (available < length || bytes[1] < low || bytes[1] > high) return 0;
   for (size_t i = 2; i < length; ++i) {
-    if (p[i] < 0x80 || p[i] > 0xBF) return 0;
+    if (bytes[i] < 0x80 || bytes[i] > 0xBF) return 0;
   }
   return length;
 }
 
-bool validUtf8(const uint8_t* p, size_t length) {
+bool validUtf8(const uint8_t* bytes, size_t length) {
   size_t at = 0;
   while (at < length) {
     // Most text is ASCII: it is passed over sixteen bytes at a time where
     // the processor has SSE2, eight elsewhere.
 #if defined(__SSE2__)
     while (at + 16 <= length &&
-           _mm_movemask_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p + at))) == 0)
+           _mm_movemask_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + at))) == 0)
       at += 16;
 #endif
     constexpr uint64_t kHighBits = 0x8080808080808080u;
     uint64_t word = 0;
-    while (at + 8 <= length && (std::memcpy(&word, p + at, 8), (word & kHighBits) == 0)) at += 8;
+    while (at + 8 <= length && (std::memcpy(&word, bytes + at, 8), (word & kHighBits) == 0)) at += 8;
     if (at >= length) break;
-    if (p[at] < 0x80) {
+    if (bytes[at] < 0x80) {
       ++at;
       continue;
     }
-    const size_t n = utf8SequenceLength(p + at, length - at);
+    const size_t n = utf8SequenceLength(bytes + at, length - at);
     if (n == 0) return false;
     at += n;
   }
