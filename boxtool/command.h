@@ -18,6 +18,14 @@ struct Command {
 // always, or never, instead of on a terminal only.
 void addProgressOptions(CLI::App* app, Progress::Mode& mode);
 
+// The box argument a subcommand requires.
+void addBoxArgument(CLI::App* app, std::string& path, const char* name = "BOX",
+                    const char* help = "The box file");
+
+// The error exit of a subcommand: "boxtool: PATH: REASON" on standard
+// error, both made printable; returns status.
+int fail(const std::string& path, const std::string& reason, int status);
+
 Command addCheckCommand(CLI::App& boxtool);
 Command addInfoCommand(CLI::App& boxtool);
 Command addExportCommand(CLI::App& boxtool);
