@@ -209,7 +209,7 @@ QString FindingsModel::topText(uint32_t ref, int column) const {
 QString FindingsModel::findingText(uint32_t finding, int column) const {
   const FindingsTree::Finding& f = tree_->findings[finding];
   const bool info = f.code & code::kInfo;
-  const QString context = f.text == kNoText ? QLatin1String("") : QObject::tr(tree_->texts[f.text].c_str());
+  QString context = f.text == kNoText ? QLatin1String("") : QObject::tr(tree_->texts[f.text].c_str());
   switch (column) {
     case 0:
     case kMarkColumn: {
