@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 
 #include "box_format.h"
 #include "card_checks.h"
@@ -26,9 +27,22 @@ bool contains(const std::vector<uint64_t>& sorted, uint64_t value) {
   return std::binary_search(sorted.begin(), sorted.end(), value);
 }
 
+// Sorts v by less.  The lists here are the chain's cards, which mostly stand
+// in file order already, followed by the cards found outside it, which are
+// in file order too: two sorted runs merge in linear time.
+template <typename T, typename Less = std::less<T>>
+void ensureSorted(std::vector<T>& v, Less less = Less()) {
+  const auto descent = std::is_sorted_until(v.begin(), v.end(), less);
+  if (descent == v.end()) return;
+  if (std::is_sorted(descent, v.end(), less)) {
+    std::inplace_merge(v.begin(), descent, v.end(), less);
+  } else {
+    std::sort(v.begin(), v.end(), less);
+  }
+}
+
 std::vector<uint64_t> sortedValues(std::vector<uint64_t> values) {
-  // The chain's cards mostly stand in file order already.
-  if (!std::is_sorted(values.begin(), values.end())) std::sort(values.begin(), values.end());
+  ensureSorted(values);
   values.erase(std::unique(values.begin(), values.end()), values.end());
   return values;
 }
@@ -214,9 +228,12 @@ RecordMap mapRecords(ByteView file, const cardChain& chain, const ItemInfo& fiel
   spans.reserve(cards.size());
   std::vector<uint64_t> offsets;  // of every card the trace read
   offsets.reserve(cards.size());
+  std::vector<uint32_t> headSize(cards.size(), 0);  // the size each card's head states, read once
   for (size_t i = 0; i < cards.size(); ++i) {
     const uint64_t o = cards[i].offset;
     offsets.push_back(o);
+    const auto bodySize = file.u32(o + box::kCardSizeField);
+    headSize[i] = bodySize.value_or(0);
     if (!chain.isFirstAtOffset(static_cast<int32_t>(i))) continue;
     const auto card = static_cast<int32_t>(i);
     if (box::isTerminatorAt(o, cards[i].id, size)) {
@@ -224,7 +241,6 @@ RecordMap mapRecords(ByteView file, const cardChain& chain, const ItemInfo& fiel
       continue;
     }
     const auto id = file.u16(o);
-    const auto bodySize = file.u32(o + box::kCardSizeField);
     if (!id || !bodySize || o + box::kCardHeadSize + *bodySize > size) continue;
     // A normal card's content check already judged its own bytes.
     const bool consistent =
@@ -255,7 +271,7 @@ RecordMap mapRecords(ByteView file, const cardChain& chain, const ItemInfo& fiel
     look(size);
   }
   // An open run with nothing found inside is trusted after all.
-  std::sort(found.begin(), found.end(), byOffset);
+  ensureSorted(found, byOffset);
   for (const Run& run : runs) {
     if (run.closed) continue;
     const uint64_t from = spans[run.first].offset;
@@ -279,8 +295,7 @@ RecordMap mapRecords(ByteView file, const cardChain& chain, const ItemInfo& fiel
   starts.push_back(size);
   starts = sortedValues(std::move(starts));
   ends = sortedValues(std::move(ends));
-  std::sort(consistent.begin(), consistent.end(),
-            [](const Span* a, const Span* b) { return a->offset < b->offset; });
+  ensureSorted(consistent, [](const Span* a, const Span* b) { return a->offset < b->offset; });
   choose(consistent, starts, ends);
 
   // Where the chosen cards end: the card boundaries.
@@ -299,8 +314,8 @@ RecordMap mapRecords(ByteView file, const cardChain& chain, const ItemInfo& fiel
     }
   }
   boundaries = sortedValues(std::move(boundaries));
-  std::sort(map.trustedCards.begin(), map.trustedCards.end());
-  std::sort(kept.begin(), kept.end(), [](const Stretch& a, const Stretch& b) { return a.from < b.from; });
+  ensureSorted(map.trustedCards);
+  ensureSorted(kept, [](const Stretch& a, const Stretch& b) { return a.from < b.from; });
   uint64_t at = areaStart;
   for (const Stretch& k : kept) {
     if (k.from > at) map.unaccounted.push_back({at, k.from});
@@ -313,7 +328,7 @@ RecordMap mapRecords(ByteView file, const cardChain& chain, const ItemInfo& fiel
   for (const Span& s : found) {
     if (s.chosen && (s.id != box::kGarbageId || deleted)) lost.push_back(&s);
   }
-  std::sort(lost.begin(), lost.end(), [](const Span* a, const Span* b) { return a->offset < b->offset; });
+  ensureSorted(lost, [](const Span* a, const Span* b) { return a->offset < b->offset; });
   size_t nextLost = 0;
   const auto addLost = [&](uint64_t before) {
     for (; nextLost < lost.size() && lost[nextLost]->offset < before; ++nextLost) {
@@ -335,8 +350,7 @@ RecordMap mapRecords(ByteView file, const cardChain& chain, const ItemInfo& fiel
     const uint64_t next = later == offsets.end() ? size : *later;
     // The card's own end, by the size its head states (a salvage may have
     // rewritten the record's).
-    const uint64_t own = uint64_t{card.offset} + box::kCardHeadSize +
-                         file.u32(uint64_t{card.offset} + box::kCardSizeField).value_or(0);
+    const uint64_t own = uint64_t{card.offset} + box::kCardHeadSize + headSize[i];
     Record r{static_cast<int32_t>(i), card.offset, card.id, RecordState::kSound, whole[i], next};
     if (normal) {
       if (card.level & (code::kFailing | code::trace::kOutOfFile)) r.state = RecordState::kDamaged;

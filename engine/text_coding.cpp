@@ -36,12 +36,17 @@ size_t utf8SequenceLength(const uint8_t* bytes, size_t available) {
 bool validUtf8(const uint8_t* bytes, size_t length) {
   size_t at = 0;
   while (at < length) {
-    // Most text is ASCII: it is passed over sixteen bytes at a time where
-    // the processor has SSE2, eight elsewhere.
+    // Most text is ASCII: it is passed over 64 bytes at a step (four
+    // registers tested at once) where the processor has SSE2, eight elsewhere.
 #if defined(__SSE2__)
-    while (at + 16 <= length &&
-           _mm_movemask_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + at))) == 0)
-      at += 16;
+    const auto load = [bytes](size_t from) {
+      return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + from));
+    };
+    while (at + 64 <= length &&
+           _mm_movemask_epi8(_mm_or_si128(_mm_or_si128(load(at), load(at + 16)),
+                                          _mm_or_si128(load(at + 32), load(at + 48)))) == 0)
+      at += 64;
+    while (at + 16 <= length && _mm_movemask_epi8(load(at)) == 0) at += 16;
 #endif
     constexpr uint64_t kHighBits = 0x8080808080808080u;
     uint64_t word = 0;
