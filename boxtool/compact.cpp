@@ -10,6 +10,7 @@
 #include "boxlib.h"
 #include "collection_refusal.h"
 #include "command.h"
+#include "compaction_plan.h"
 #include "output_file.h"
 #include "printable.h"
 
@@ -26,35 +27,20 @@ int fail(const std::string& shown, const std::string& reason, int status) {
   return status;
 }
 
-// What the collection drops and the size it leaves, as the collector
-// computes it: every card but the garbage ones, and a terminator.
+// What the collection drops and the size it leaves, by the collector's plan.
 void describe(const BoxAnalysis& a, const std::string& shown, bool dryRun) {
-  const cardChain& chain = *a.chain;
-  uint64_t after = a.headerCheck->firstCardOffset();
-  uint64_t dropped = 0;
-  size_t count = 0;
-  bool terminated = false;
+  const CompactionPlan plan = compactionPlan(a);
   std::string list;
-  for (size_t i = 0; i < chain.cards.size(); ++i) {
-    const CardRecord& card = chain.cards[i];
-    const uint64_t bytes = uint64_t{box::kCardHeadSize} + card.size;
-    if (card.id == box::kGarbageId) {
-      ++count;
-      dropped += bytes;
-      list += format("  card %zu at 0x%06x, %llu bytes\n", i, card.offset,
-                     static_cast<unsigned long long>(bytes));
-      continue;
-    }
-    terminated = box::isTerminatorAt(card.offset, card.id, a.file.size);
-    after += terminated ? box::kTerminatorSize : bytes;
-  }
-  if (!terminated) after += box::kTerminatorSize;
+  for (const CompactionPlan::Dropped& d : plan.dropped)
+    list += format("  card %zu at 0x%06x, %llu bytes\n", d.card, d.offset,
+                   static_cast<unsigned long long>(d.bytes));
+  const size_t count = plan.dropped.size();
   std::printf("%s: %s %zu deleted cards (%llu bytes)%s\n%s", shown.c_str(), dryRun ? "would drop" : "dropped",
-              count, static_cast<unsigned long long>(dropped), count ? ":" : "", list.c_str());
-  if (!terminated)
+              count, static_cast<unsigned long long>(plan.droppedBytes), count ? ":" : "", list.c_str());
+  if (plan.addsTerminator)
     std::printf("%s: %s the missing terminator\n", shown.c_str(), dryRun ? "would add" : "added");
   std::printf("%s: %u bytes before, %llu bytes after\n", shown.c_str(), a.file.size,
-              static_cast<unsigned long long>(after));
+              static_cast<unsigned long long>(plan.sizeAfter));
 }
 
 // Copies the box's bytes to path, which must not exist.
