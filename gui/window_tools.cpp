@@ -142,7 +142,11 @@ void VornWindow::chooseSegment(int64_t segment) {
   list->clearSelection();
   if (s.card < 0) return;
   const CardRecord& card = contents_->listing->trace().analysis->chain->cards[static_cast<size_t>(s.card)];
-  const QModelIndex item = form->resultModel->cardItem(contents_->listing->original(card.offset));
+  // The form analysed the same file: its cards are the trace's, unless the
+  // records are traced behind a mended field table, where the offset tells.
+  const bool ownTrace = &contents_->listing->trace() == &contents_->listing->box();
+  const QModelIndex item =
+      form->resultModel->cardItem(contents_->listing->original(card.offset), ownTrace ? s.card : -1);
   if (!item.isValid()) return;
   list->expand(item);
   list->setCurrentIndex(item);
