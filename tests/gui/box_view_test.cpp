@@ -6,8 +6,12 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <QSemaphore>
+
+#include "address_book.h"
 #include "background_run.h"
 #include "box_contents.h"
+#include "findings.h"
 #include "gui_support.h"
 #include "map_view.h"
 #include "records_model.h"
@@ -23,6 +27,15 @@ namespace {
 QString dataPath(const QString& name) { return QStringLiteral(VORN_TEST_DATA "/") + name; }
 
 QStringList goldenBoxes() { return QDir(VORN_TEST_DATA).entryList({"*.box"}, QDir::Files, QDir::Name); }
+
+// An address book of 60 cards of which a few were deleted (ID set to 0, the
+// body left as it was), written as DELETED.box in dir: no golden box holds
+// a deleted record that decodes.
+QString writeDeletedBook(const QString& dir) {
+  BuiltBox book = bigAddressBook(60, false);
+  for (const uint32_t card : {2, 17, 40}) setCardId(book.bytes, book.offsets[card], 0);
+  return TempHome::write(dir + "/DELETED.box", book.bytes);
+}
 
 QByteArray fileBytes(const QString& path) {
   QFile f(path);
@@ -73,9 +86,24 @@ QString fakeSaveDialog(QWidget*, const QString&, const QString&, const QString&,
   return answers.isEmpty() ? QString() : answers.takeFirst();
 }
 
-QJsonDocument exportJson(const QString& box, bool deleted) {
-  const RunResult r = runBoxtool(deleted ? Args{"export", "--deleted", box.toStdString()}
-                                         : Args{"export", box.toStdString()});
+// Escape pressed on the window while a job analyses (at the first time the
+// engine asks the clock), and handled before the job goes on.
+QWidget* escapeTo = nullptr;
+QSemaphore escaped;
+time_t fakeNow = 0;
+time_t escapingClock() {
+  if (QWidget* to = std::exchange(escapeTo, nullptr)) {
+    QCoreApplication::postEvent(to, new QKeyEvent(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier));
+    QMetaObject::invokeMethod(
+        qApp, [] { escaped.release(); }, Qt::QueuedConnection);
+    escaped.tryAcquire(1, 5000);
+  }
+  return fakeNow += 2;
+}
+
+QJsonDocument exportJson(const QString& box, bool deleted, const std::string& dir = VORN_TEST_DATA) {
+  const RunResult r = runBoxtool(
+      deleted ? Args{"export", "--deleted", box.toStdString()} : Args{"export", box.toStdString()}, dir);
   return QJsonDocument::fromJson(QByteArray::fromStdString(r.out));
 }
 
@@ -110,6 +138,8 @@ class BoxViewTest : public QObject {
   void recordsAreTheExport_data() {
     QTest::addColumn<QString>("box");
     QTest::addColumn<bool>("deleted");
+    QTest::newRow("deleted records") << "DELETED.box" << false;
+    QTest::newRow("deleted records, shown") << "DELETED.box" << true;
     for (const QString& box : goldenBoxes()) {
       QTest::newRow(qPrintable(box)) << box << false;
       QTest::newRow(qPrintable(box + " with deleted records")) << box << true;
@@ -119,12 +149,14 @@ class BoxViewTest : public QObject {
     QFETCH(QString, box);
     QFETCH(bool, deleted);
     TempHome home;
+    QDir::setCurrent(box == "DELETED.box" ? QFileInfo(writeDeletedBook(home.path())).path() : VORN_TEST_DATA);
+    const std::string dir = QDir::currentPath().toStdString();
     VornWindow w;
     QVERIFY(w.loadContents(box));
     RecordsPage& page = *w.recordsPage;
     page.deletedCheck->setChecked(deleted);
     const RecordsModel& model = *page.model;
-    const QJsonArray records = exportJson(box, deleted)["records"].toArray();
+    const QJsonArray records = exportJson(box, deleted, dir)["records"].toArray();
     QCOMPARE(model.rowCount(), records.size());
     // The deleted records stand apart, behind the others.
     QList<QJsonObject> expected;
@@ -152,7 +184,59 @@ class BoxViewTest : public QObject {
     for (const std::string format : {"json", "csv"}) {
       Args args = {"export", "--format", format, box.toStdString()};
       if (deleted) args.push_back("--deleted");
-      QCOMPARE(page.selectedText(format == "csv"), QByteArray::fromStdString(runBoxtool(args).out));
+      QCOMPARE(page.selectedText(format == "csv"), QByteArray::fromStdString(runBoxtool(args, dir).out));
+    }
+    QDir::setCurrent(VORN_TEST_DATA);
+  }
+
+  // The filter keeps the records with a value that holds the text (ASCII
+  // case aside); a sort orders a column's values, the deleted records apart.
+  void filterAndSort_data() {
+    QTest::addColumn<QString>("filter");
+    QTest::addColumn<int>("column");
+    QTest::addColumn<bool>("descending");
+    QTest::newRow("a name, any case") << "tAnAkA" << -1 << false;
+    QTest::newRow("a telephone number's digits") << "03-01" << -1 << false;
+    QTest::newRow("nothing holds it") << "no such value" << -1 << false;
+    QTest::newRow("by a text column") << "" << RecordsModel::kFirstValueColumn << false;
+    QTest::newRow("by the ID, descending") << "" << RecordsModel::kIdColumn << true;
+    QTest::newRow("filtered and sorted") << "nakamura" << RecordsModel::kFirstValueColumn + 4 << true;
+  }
+  void filterAndSort() {
+    QFETCH(QString, filter);
+    QFETCH(int, column);
+    QFETCH(bool, descending);
+    TempHome home;
+    const QString box = writeDeletedBook(home.path());
+    VornWindow w;
+    QVERIFY(w.loadContents(box));
+    RecordsModel& model = *w.recordsPage->model;
+    model.setShowDeleted(true);
+    model.setFilter(filter);
+    if (column >= 0) model.sort(column, descending ? Qt::DescendingOrder : Qt::AscendingOrder);
+    const QJsonArray records = exportJson(box, true)["records"].toArray();
+    qsizetype kept = 0;
+    for (const QJsonValue r : records) {
+      const QString values = QJsonDocument(r["values"].toArray()).toJson();
+      kept += filter.isEmpty() || values.contains(filter, Qt::CaseInsensitive);
+    }
+    QCOMPARE(model.rowCount(), kept);
+    // Nulls first, then numbers or texts in their order.
+    const auto order = [](const QJsonValue& a, const QJsonValue& b) {
+      if (a.isNull() || b.isNull()) return int{!a.isNull()} - int{!b.isNull()};
+      if (a.isDouble()) return (a.toDouble() > b.toDouble()) - (a.toDouble() < b.toDouble());
+      return QString::compare(a.toString(), b.toString());
+    };
+    const auto cell = [&](int row, int c) {
+      return model.index(row, c).data(RecordsModel::kExportRole).toJsonValue();
+    };
+    for (int row = 1; row < model.rowCount(); ++row) {
+      const bool before = cell(row - 1, RecordsModel::kStateColumn) == QJsonValue("deleted");
+      const bool deleted = cell(row, RecordsModel::kStateColumn) == QJsonValue("deleted");
+      QVERIFY(before <= deleted);
+      if (column < 0 || before != deleted) continue;
+      const int c = order(cell(row - 1, column), cell(row, column));
+      QVERIFY(descending ? c >= 0 : c <= 0);
     }
   }
 
@@ -298,6 +382,36 @@ class BoxViewTest : public QObject {
     QCOMPARE(missing, QString::number(summary["missing"]["ids"].toArray().size()));
     QCOMPARE(fileBytes(target), fileBytes(home.path() + "/B.BOX"));
     QTRY_COMPARE(w.contents() ? w.contents()->path : QString(), target);  // opened
+  }
+
+  // A cancelled load leaves the docks as they were; a cancelled recover
+  // writes nothing, though its job runs to its end.
+  void cancelledWorkLeavesNothing_data() {
+    QTest::addColumn<bool>("recover");
+    QTest::newRow("loading the docks") << false;
+    QTest::newRow("recover") << true;
+  }
+  void cancelledWorkLeavesNothing() {
+    QFETCH(bool, recover);
+    TempHome home;
+    const QString broken = home.path() + "/TRUNC.box";
+    QFile::copy(dataPath("TRUNC.box"), broken);
+    VornWindow w;
+    w.show();
+    if (recover) QVERIFY(w.loadContents(broken));
+    const BoxContents* before = w.contents();
+    answers = {home.path() + "/NEW.BOX"};
+    DialogAnswerer answerer({press("Choose the New File...")});
+    escapeTo = &w;
+    fakeNow = lastProgressTime;
+    setProgressClock(escapingClock);
+    recover ? w.recoverBox() : static_cast<void>(w.loadContents(broken));
+    BackgroundRun::waitForEngine();
+    setProgressClock(nullptr);
+    QVERIFY(escapeTo == nullptr);  // the job asked the clock, and was cancelled
+    QCOMPARE(w.contents(), before);
+    QVERIFY(!QFile::exists(home.path() + "/NEW.BOX"));
+    QVERIFY(w.statusBar()->currentMessage().contains("cancelled"));
   }
 
   void theRefusedCollectionOffersRecover() {
