@@ -13,6 +13,7 @@
 #include <cstring>
 
 #include "box_contents.h"
+#include "local_path.h"
 
 namespace {
 
@@ -81,7 +82,7 @@ void StatisticsPage::setContents(const BoxContents* contents) {
 
   auto* fileGroup = new QGroupBox(tr("File"), page);
   auto* fileForm = new QFormLayout(fileGroup);
-  auto* path = new QLabel(QString::fromLocal8Bit(file.path.c_str()), fileGroup);
+  auto* path = new QLabel(shownFileName(contents->path), fileGroup);
   path->setTextInteractionFlags(Qt::TextSelectableByMouse);
   path->setWordWrap(true);
   fileForm->addRow(tr("Path"), path);

@@ -208,7 +208,7 @@ void VornWindow::exportRecords() {
   const std::string target = localFileName(path).toStdString();
   if (sameFile(target, localFileName(contents_->path).toStdString())) {
     QMessageBox::warning(this, tr("Export Records"),
-                         tr("%1 is the box itself; the box is never written.").arg(path));
+                         tr("%1 is the box itself; the box is never written.").arg(shownFileName(path)));
     return;
   }
   struct Outcome {
@@ -236,13 +236,13 @@ void VornWindow::exportRecords() {
   if (!outcome->written) {
     QMessageBox::warning(this, tr("Export Records"),
                          tr("The records could not be exported.\n%1\n%2")
-                             .arg(path, QString::fromLocal8Bit(outcome->error.c_str())));
+                             .arg(shownFileName(path), QString::fromLocal8Bit(outcome->error.c_str())));
     return;
   }
   statusBar()->showMessage(
       outcome->status == exit_status::kClean
-          ? tr("Records exported to %1").arg(path)
-          : tr("Records exported to %1; some are damaged or have values missing").arg(path),
+          ? tr("Records exported to %1").arg(shownFileName(path))
+          : tr("Records exported to %1; some are damaged or have values missing").arg(shownFileName(path)),
       8000);
 }
 
