@@ -221,6 +221,12 @@ void VornWindow::buildDocks() {
     for (QDockWidget* dock : {recordsDock, mapDock, statisticsDock}) dock->hide();
   }
 
+  // Docks that are all closed load nothing until one is opened again.
+  for (QDockWidget* dock : {recordsDock, mapDock, statisticsDock}) {
+    connect(dock, &QDockWidget::visibilityChanged, this, [this](bool visible) {
+      if (visible) QTimer::singleShot(0, this, &VornWindow::loadPendingContents);
+    });
+  }
   recordCopies_->addActions({recordsPage->copyCsvAction, recordsPage->copyJsonAction});
   connect(mapView, &MapView::segmentClicked, this, &VornWindow::chooseSegment);
   connect(recordsPage, &RecordsPage::recordChosen, this, [this](size_t n) {
@@ -267,7 +273,8 @@ void VornWindow::showLastRun() {
                              .arg(shownFileName(fileName(run.path)), QLocale().toString(qulonglong(run.size)),
                                   QLocale().toString(run.cards)));
       // The docks follow once the action has ended.
-      QTimer::singleShot(0, this, [this, path = run.path] { loadContents(path); });
+      pendingContents_ = run.path;
+      QTimer::singleShot(0, this, &VornWindow::loadPendingContents);
       break;
     case RunSummary::kCancelled:
       verdictLabel->setText(tr("Analysis cancelled"));

@@ -118,6 +118,8 @@ class VornWindow : public QMainWindow {
   void rememberChoice();
   void restoreChoice();
   void buildDocks();
+  // Loads the box last analysed into the docks, unless every dock is closed.
+  void loadPendingContents();
   void showContents(std::shared_ptr<BoxContents> contents);
   void contentsChanged();
   // Runs job on the engine's thread with the progress it reports through
@@ -131,4 +133,5 @@ class VornWindow : public QMainWindow {
   QMenu* viewMenu_ = nullptr;
   bool docksPlaced_ = false;  // as kept in the settings, or as first shown
   std::shared_ptr<BoxContents> contents_;
+  QString pendingContents_;  // analysed, not yet loaded into the docks
 };

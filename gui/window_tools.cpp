@@ -17,6 +17,7 @@
 #include <QVBoxLayout>
 
 #include <cstdio>
+#include <utility>
 
 #include "background_run.h"
 #include "box_contents.h"
@@ -100,6 +101,12 @@ bool VornWindow::loadContents(const QString& path) {
   }
   showContents(*loaded);
   return true;
+}
+
+void VornWindow::loadPendingContents() {
+  if (pendingContents_.isEmpty() || jobRunner->running() || form->runner->running()) return;
+  if (recordsDock->isHidden() && mapDock->isHidden() && statisticsDock->isHidden()) return;
+  loadContents(std::exchange(pendingContents_, QString()));
 }
 
 void VornWindow::showContents(std::shared_ptr<BoxContents> contents) {
