@@ -87,13 +87,15 @@ QString fakeSaveDialog(QWidget*, const QString&, const QString&, const QString&,
 }
 
 // Escape pressed on the window while a job analyses (at the first time the
-// engine asks the clock), and handled before the job goes on.
+// engine asks the clock), and handled before the job goes on.  The event is
+// made on the window's thread, as a window system's are.
 QWidget* escapeTo = nullptr;
+QKeyEvent* escape = nullptr;
 QSemaphore escaped;
 time_t fakeNow = 0;
 time_t escapingClock() {
   if (QWidget* to = std::exchange(escapeTo, nullptr)) {
-    QCoreApplication::postEvent(to, new QKeyEvent(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier));
+    QCoreApplication::postEvent(to, std::exchange(escape, nullptr));
     QMetaObject::invokeMethod(
         qApp, [] { escaped.release(); }, Qt::QueuedConnection);
     escaped.tryAcquire(1, 5000);
@@ -403,11 +405,13 @@ class BoxViewTest : public QObject {
     answers = {home.path() + "/NEW.BOX"};
     DialogAnswerer answerer({press("Choose the New File...")});
     escapeTo = &w;
+    escape = new QKeyEvent(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
     fakeNow = lastProgressTime;
     setProgressClock(escapingClock);
     recover ? w.recoverBox() : static_cast<void>(w.loadContents(broken));
     BackgroundRun::waitForEngine();
     setProgressClock(nullptr);
+    delete std::exchange(escape, nullptr);
     QVERIFY(escapeTo == nullptr);  // the job asked the clock, and was cancelled
     QCOMPARE(w.contents(), before);
     QVERIFY(!QFile::exists(home.path() + "/NEW.BOX"));
