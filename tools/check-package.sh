@@ -59,10 +59,11 @@ appstreamcli validate --no-net --pedantic "$contents"/usr/share/metainfo/*.metai
   { appstreamcli validate --no-net --pedantic "$contents"/usr/share/metainfo/*.metainfo.xml >&2; exit 1; }
 desktop-file-validate "$contents"/usr/share/applications/*.desktop || exit 1
 # The box files' type: shared-mime-info takes it without a complaint.
-mime="$contents/mime-check"
+# (Its data directory is named in XDG_DATA_DIRS, or it notes that it is not.)
+mime="$contents/mime"
 mkdir -p "$mime/packages"
 cp "$contents"/usr/share/mime/packages/vorn.xml "$mime/packages/"
-complaints="$(update-mime-database "$mime" 2>&1)"
+complaints="$(XDG_DATA_DIRS="$contents" update-mime-database "$mime" 2>&1)"
 if [ -n "$complaints" ] || ! grep -q 'application/x-qtopia-box' "$mime/magic"; then
   echo "the box files' type is not taken: $complaints" >&2
   exit 1

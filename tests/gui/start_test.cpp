@@ -43,13 +43,13 @@ bool windowIsRight(VornWindow* w) {
 // Once the event loop runs, looks at the window (for a while, since the
 // analysis follows the start) and ends the program.
 void checkTheWindow() {
-  auto* clock = new QElapsedTimer;
-  clock->start();
-  auto* poll = new QTimer;
+  QElapsedTimer clock;
+  clock.start();
+  auto* poll = new QTimer(QCoreApplication::instance());
   QObject::connect(poll, &QTimer::timeout, [poll, clock] {
     VornWindow* w = theWindow();
     const bool ok = w && windowIsRight(w);
-    if (!ok && clock->elapsed() < 10000) return;
+    if (!ok && clock.elapsed() < 10000) return;
     if (!ok)
       std::fprintf(stderr, "window %s, size %dx%d, title %s\n", w ? "wrong" : "missing", w ? w->width() : 0,
                    w ? w->height() : 0, w ? qPrintable(w->windowTitle()) : "");
