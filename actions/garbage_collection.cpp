@@ -20,11 +20,13 @@
 #include "action_lock.h"
 #include "box_analysis.h"
 #include "boxlib.h"
+#include "collection.h"
 #include "findings.h"
 #include "local_path.h"
 #include "report_scope.h"
 #include "reporter.h"
 #include "resolution.h"
+#include "text_coding.h"
 
 GcSystem gcSystem = {::statfs, _BoxGarbageCollect, std::system};
 
@@ -47,33 +49,21 @@ bool askYesNo(QWidget* parent, QMessageBox::Icon icon, const QString& caption, c
 
 void sendRestart() { QCopEnvelope("QPE/System", "restart()"); }
 
-// Whether a delivered finding is one that makes the collector refuse the box:
-// every Critical, and every Error but those the collection repairs (the
-// header's totals and wrong offset table entries, all rewritten).
-bool refuses(int32_t index, uint32_t code) {
-  if (code & code::kCritical) return true;
-  if (!(code & code::kError) || index == kHeaderSection) return false;
-  return !(index == kOffsetTableSection && code == code::table::kRepairable);
-}
-
 // Collects the refusing findings of one analysis as lines of text.
-class RefusalCollector : public Reporter {
+class RefusalCollector : public SilentReporter {
  public:
-  void message(const char*, va_list) override {}
   void entry(int32_t index, uint32_t offset, uint32_t, uint32_t, uint32_t code, const char* text,
-             const char* format, va_list args) override {
-    if (!refuses(index, code)) return;
-    char detail[256] = "";
-    if (format) std::vsnprintf(detail, sizeof detail, format, args);
-    static const char* const sections[] = {"Box header", "Item info", "Offset table", "Data chunck"};
-    const QString where = index < 0 && index >= kDataChunkSection
-                              ? QString::fromLatin1(sections[-1 - index])
-                              : QCoreApplication::translate("Vorn", "card %1 at 0x%2")
-                                    .arg(index)
-                                    .arg(offset, 6, 16, QLatin1Char('0'));
+             const char* format, va_list args) override __attribute__((format(printf, 8, 0))) {
+    if (!refusesCollection(index, code)) return;
+    const std::string detail = format ? vformat(format, args) : "";
+    const char* section = sectionTitle(index);
+    const QString where = section ? QString::fromLatin1(section)
+                                  : QCoreApplication::translate("Vorn", "card %1 at 0x%2")
+                                        .arg(index)
+                                        .arg(offset, 6, 16, QLatin1Char('0'));
     lines << QStringLiteral("%1: %2 %3%4")
                  .arg(where, QString::fromLatin1(severityName(code)), QString::fromLatin1(text ? text : ""),
-                      QString::fromLatin1(detail));
+                      QString::fromLatin1(detail.c_str()));
   }
   QStringList lines;
 };

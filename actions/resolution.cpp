@@ -10,7 +10,7 @@
 #include "local_path.h"
 
 QString resolveBoxFile(ActionHost& host, bool checkFastLoad) {
-  const QString path = host.boxFilePath(".box");
+  QString path = host.boxFilePath(".box");
   if (!localFileExists(path)) {
     QMessageBox::warning(host.dialogParent(), QCoreApplication::translate("Vorn", "File error"),
                          QCoreApplication::translate("Vorn", "Box file is not found.\n%1").arg(path));

@@ -31,7 +31,8 @@ void* terminalConverter(FILE* out) {
   const std::string codeset = nl_langinfo(CODESET);
   std::setlocale(LC_CTYPE, saved.c_str());
   if (isEucJp(codeset.c_str())) return nullptr;
-  const iconv_t cd = iconv_open(codeset.c_str(), "EUC-JP");
+  iconv_t cd = iconv_open(codeset.c_str(), "EUC-JP");
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): iconv_open's failure value
   return cd == reinterpret_cast<iconv_t>(-1) ? nullptr : cd;
 }
 
@@ -69,7 +70,7 @@ void ConsoleReporter::message(const char* format, va_list args) {
     size_t inLeft = line.size();
     char* outPtr = converted.data();
     size_t outLeft = converted.size();
-    const auto cd = static_cast<iconv_t>(toTerminal_);
+    auto* const cd = static_cast<iconv_t>(toTerminal_);
     iconv(cd, nullptr, nullptr, nullptr, nullptr);
     if (iconv(cd, &in, &inLeft, &outPtr, &outLeft) != static_cast<size_t>(-1)) {
       converted.resize(converted.size() - outLeft);

@@ -17,8 +17,6 @@ class ConsoleReporter : public Reporter {
   // out is not owned; the command line writes to standard output.
   explicit ConsoleReporter(FILE* out = stdout);
   ~ConsoleReporter() override;
-  ConsoleReporter(const ConsoleReporter&) = delete;
-  ConsoleReporter& operator=(const ConsoleReporter&) = delete;
 
   void message(const char* format, va_list args) override __attribute__((format(printf, 2, 0)));
   void entry(int32_t index, uint32_t offset, uint32_t id, uint32_t size, uint32_t code, const char* text,

@@ -24,12 +24,6 @@
 
 namespace {
 
-class NullSink : public Reporter {
- public:
-  void message(const char*, va_list) override {}
-  void entry(int32_t, uint32_t, uint32_t, uint32_t, uint32_t, const char*, const char*, va_list) override {}
-};
-
 // The benchmark boxes, written once per process into the temporary directory.
 const std::string& boxFile(unsigned cards, bool damage) {
   static std::map<std::pair<unsigned, bool>, std::string> files;
@@ -60,7 +54,7 @@ uint64_t plainRead(const std::string& path) {
 void analyse(benchmark::State& state, bool damage) {
   const auto cards = static_cast<unsigned>(state.range(0));
   const std::string& path = boxFile(cards, damage);
-  NullSink sink;
+  SilentReporter sink;
   double plainSeconds = 0;
   double analysisSeconds = 0;
   for (auto _ : state) {

@@ -13,11 +13,10 @@ constexpr uint32_t kProblemBits = code::kCritical | code::kError | code::kWarnin
 constexpr uint32_t kNoOffset = 0xFFFFFFFF;
 
 // Keeps the problem findings; everything else is dropped.
-class ProblemCollector : public Reporter {
+class ProblemCollector : public SilentReporter {
  public:
   explicit ProblemCollector(std::vector<Finding>& findings) : findings_(findings) {}
 
-  void message(const char*, va_list) override {}
   int progress(int stage, int percent) override {
     if (Progress* p = currentProgress()) p->show(analysisPercent(stage, percent), 100);
     return 1;
@@ -34,21 +33,6 @@ class ProblemCollector : public Reporter {
 };
 
 }  // namespace
-
-const char* sectionName(int32_t index) {
-  switch (index) {
-    case kHeaderSection:
-      return "box header";
-    case kItemInfoSection:
-      return "item info";
-    case kOffsetTableSection:
-      return "offset table";
-    case kDataChunkSection:
-      return "data chunks";
-    default:
-      return "unknown section";
-  }
-}
 
 AnalysedFile::AnalysedFile(const std::string& path, uint32_t readLimit) : path(path) {
   struct stat st;

@@ -48,10 +48,6 @@ inline constexpr int kNotAnalysed = 8;
 inline constexpr int kUsage = 16;
 }  // namespace exit_status
 
-// "box header", "item info", "offset table", "data chunks" for the section
-// indexes -1 .. -4.
-const char* sectionName(int32_t index);
-
 class AnalysedFile {
  public:
   // Files up to this size are read into memory and analysed there; larger

@@ -10,6 +10,7 @@
 #include "analysed_file.h"
 #include "check_json.h"
 #include "command.h"
+#include "json_text.h"
 #include "printable.h"
 #include "worker_pool.h"
 
@@ -100,7 +101,7 @@ int runCheck(const CheckArguments& args) {
                           },
                           [&](const TaskOutput& output) {
                             progress.clear();
-                            std::fwrite(output.out.data(), 1, output.out.size(), stdout);
+                            writeOut(output.out);
                             if (!output.err.empty()) {
                               flushOutput();  // keep the two streams in file order on a terminal
                               std::fwrite(output.err.data(), 1, output.err.size(), stderr);
@@ -118,7 +119,7 @@ int runCheck(const CheckArguments& args) {
   progress.clear();
   if (args.paths.size() > 1 && !args.options.json) {
     const std::string total = totalLine(args.paths.size(), byStatus, unreadable);
-    std::fwrite(total.data(), 1, total.size(), stdout);
+    writeOut(total);
   }
   return status;
 }

@@ -1,21 +1,15 @@
 #include "check_json.h"
 
-#include <nlohmann/json.hpp>
-
+#include "json_text.h"
 #include "printable.h"
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 // The version of the JSON lines' layout; it changes only when a field
 // changes meaning or goes away.
 constexpr int kSchema = 1;
 
-std::string jsonLine(const Json& j) {
-  // Every string is printable() already; replace is only a safety net.
-  return j.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
-}
+std::string jsonLine(const Json& j) { return jsonText(j) + "\n"; }
 
 }  // namespace
 

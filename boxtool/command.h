@@ -18,6 +18,13 @@ struct Command {
 // always, or never, instead of on a terminal only.
 void addProgressOptions(CLI::App* app, Progress::Mode& mode);
 
+// The box argument a subcommand requires.
+void addBoxArgument(CLI::App* app, std::string& path, const char* name = "BOX",
+                    const char* help = "The box file");
+
+// A subcommand's error exit is fail() (printable.h), which its work
+// without the command line shares.
+
 Command addCheckCommand(CLI::App& boxtool);
 Command addInfoCommand(CLI::App& boxtool);
 Command addExportCommand(CLI::App& boxtool);

@@ -8,9 +8,8 @@
 
 #include "analysed_file.h"
 #include "boxlib.h"
-#include "collection_refusal.h"
+#include "collection.h"
 #include "command.h"
-#include "compaction_plan.h"
 #include "output_file.h"
 #include "printable.h"
 
@@ -21,11 +20,6 @@ struct CompactArguments {
   bool backup = false;
   std::string path;
 };
-
-int fail(const std::string& shown, const std::string& reason, int status) {
-  std::fprintf(stderr, "boxtool: %s: %s\n", shown.c_str(), printable(reason).c_str());
-  return status;
-}
 
 // What the collection drops and the size it leaves, by the collector's plan.
 void describe(const BoxAnalysis& a, const std::string& shown, bool dryRun) {
@@ -46,29 +40,23 @@ void describe(const BoxAnalysis& a, const std::string& shown, bool dryRun) {
 // Copies the box's bytes to path, which must not exist.
 bool copyTo(const std::vector<uint8_t>& bytes, const std::string& path, std::string& error) {
   OutputFile out(path);
-  if (!out.opened()) {
-    error = out.error;
-    return false;
-  }
-  if (std::fwrite(bytes.data(), 1, bytes.size(), out.stream()) != bytes.size()) {
+  if (out.opened() && !out.write(bytes.data(), bytes.size())) {
     error = "write failed";
     return false;
   }
-  if (!out.commit(false)) {
-    error = out.error;
-    return false;
-  }
-  return true;
+  if (out.commit(false)) return true;
+  error = out.error;
+  return false;
 }
 
 int runCompact(const CompactArguments& args) {
   const std::string shown = printable(args.path);
   const std::string backup = args.path + ".bak";
   if (args.backup && !args.dryRun && pathExists(backup))
-    return fail(printable(backup), "exists; the backup never replaces a file", exit_status::kNotWritten);
+    return fail(backup, "exists; the backup never replaces a file", exit_status::kNotWritten);
 
   const AnalysedFile file(args.path);
-  if (!file.analysed()) return fail(shown, file.reason, exit_status::kNotAnalysed);
+  if (!file.analysed()) return fail(args.path, file.reason, exit_status::kNotAnalysed);
   const std::string refusal = collectionRefusal(*file.analysis);
   if (!refusal.empty()) {
     std::fprintf(stderr,
@@ -85,8 +73,8 @@ int runCompact(const CompactArguments& args) {
   if (args.backup) {
     std::vector<uint8_t> bytes;
     std::string error = readBoxFile(args.path.c_str(), bytes);
-    if (!error.empty()) return fail(shown, error, exit_status::kNotAnalysed);
-    if (!copyTo(bytes, backup, error)) return fail(printable(backup), error, exit_status::kNotWritten);
+    if (!error.empty()) return fail(args.path, error, exit_status::kNotAnalysed);
+    if (!copyTo(bytes, backup, error)) return fail(backup, error, exit_status::kNotWritten);
   }
   const int result = _BoxGarbageCollect(args.path.c_str()) & 0xFFFF;
   if (result != 0) {
@@ -94,15 +82,15 @@ int runCompact(const CompactArguments& args) {
     if (args.backup) std::remove(backup.c_str());
     switch (result) {
       case BOX_GC_UNREADABLE:
-        return fail(shown, "the collector could not read the box", exit_status::kNotAnalysed);
+        return fail(args.path, "the collector could not read the box", exit_status::kNotAnalysed);
       case BOX_GC_DAMAGED:
-        return fail(shown, "the collector refuses this box; 'boxtool recover' rescues its records",
+        return fail(args.path, "the collector refuses this box; 'boxtool recover' rescues its records",
                     exit_status::kRefused);
       case BOX_GC_WRITE_FAILED:
-        return fail(shown, "the compacted box could not be written; the box is unchanged",
+        return fail(args.path, "the compacted box could not be written; the box is unchanged",
                     exit_status::kNotWritten);
       default:
-        return fail(shown, "the compacted box could not replace the box; the box is unchanged",
+        return fail(args.path, "the compacted box could not replace the box; the box is unchanged",
                     exit_status::kNotWritten);
     }
   }
@@ -119,6 +107,6 @@ Command addCompactCommand(CLI::App& boxtool) {
       "compact", "Drop the deleted cards of a box file with the box library's collector");
   app->add_flag("-n,--dry-run", args->dryRun, "Tell what would be dropped and the sizes; write nothing");
   app->add_flag("--backup", args->backup, "Keep the old box as BOX.bak (never replacing one)");
-  app->add_option("BOX", args->path, "The box file")->required()->type_name("");
+  addBoxArgument(app, args->path);
   return {app, [args] { return runCompact(*args); }};
 }

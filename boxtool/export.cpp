@@ -15,13 +15,13 @@
 #endif
 #include <cstdio>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <unordered_map>
 #include <utility>
 
 #include "analysed_file.h"
 #include "export_records.h"
 #include "field_table.h"
+#include "json_text.h"
 #include "output_file.h"
 #include "printable.h"
 #include "record_map.h"
@@ -30,7 +30,6 @@
 
 namespace {
 
-using Json = nlohmann::ordered_json;
 using namespace std::string_view_literals;
 
 constexpr int kSchema = 2;
@@ -362,14 +361,14 @@ class Exporter {
     box["fields_notes"] = notes;
     std::string& out = sink_.buffer();
     out += "{\n\"schema\": " + std::to_string(kSchema) + ",\n\"box\": ";
-    out += box.dump(-1, ' ', false, Json::error_handler_t::replace);
+    out += jsonText(box);
     out += ",\n\"fields\": [";
     for (int k = 0; withValues && k < fields_.count; ++k) {
       const ItemInfoEntry& e = fields_.entries[static_cast<size_t>(k)];
       const Json field = {
           {"index", k}, {"tag", printable(e.tag)}, {"name", printable(e.name)}, {"data_id", e.dataId}};
       out += k ? ",\n  " : "\n  ";
-      out += field.dump(-1, ' ', false, Json::error_handler_t::replace);
+      out += jsonText(field);
     }
     out += withValues && fields_.count ? "\n],\n\"records\": [" : "],\n\"records\": [";
   }
@@ -457,11 +456,6 @@ class Exporter {
   std::vector<RecordValue> values_;
   std::string raw_;
 };
-
-int fail(const std::string& path, const std::string& reason, int status) {
-  std::fprintf(stderr, "boxtool: %s: %s\n", printable(path).c_str(), printable(reason).c_str());
-  return status;
-}
 
 // The field table the records are read with, and the trace of the cards
 // behind it.  Without a table the cards' values cannot be told apart: when

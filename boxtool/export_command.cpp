@@ -14,6 +14,6 @@ Command addExportCommand(CLI::App& boxtool) {
                   "Read the values with the field table of this box of the same application")
       ->type_name("SOUND.BOX");
   addProgressOptions(app, args->progress);
-  app->add_option("BOX", args->path, "The box file")->required()->type_name("");
+  addBoxArgument(app, args->path);
   return {app, [args] { return runExport(*args); }};
 }

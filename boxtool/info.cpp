@@ -4,15 +4,14 @@
 // follow.
 #include <cstdio>
 #include <memory>
-#include <nlohmann/json.hpp>
 
 #include "analysed_file.h"
+#include "collection.h"
 #include "info_report.h"
+#include "json_text.h"
 #include "printable.h"
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 constexpr int kSchema = 1;
 constexpr int kLabelWidth = 32;  // where the values of the text form begin
@@ -45,15 +44,17 @@ Report makeReport(const AnalysedFile& file) {
       part->bytes += uint64_t{box::kCardHeadSize} + card.size;
     }
   }
+  // The census sums sizes in 32 bits, as the handheld's tool does; an error
+  // card's size the salvage set below its head's end counts as negative.
   r.classes = {{"normal", "normal", chain.normalCount, chain.normalBytes},
                {"garbage", "garbage", chain.garbageCount, chain.garbageBytes},
-               {"error", "error", chain.errorCount, chain.errorBytes},
+               {"error", "error", chain.errorCount, static_cast<int32_t>(chain.errorBytes)},
                {"system", "system", chain.systemCount, chain.systemBytes},
                offsetCards,
                indexCard,
                terminator};
-  // The collector drops the garbage cards and adds a missing terminator.
-  r.compactFrees = int64_t{chain.garbageBytes} - (terminator.count ? 0 : box::kTerminatorSize);
+  const CompactionPlan plan = compactionPlan(a);
+  r.compactFrees = static_cast<int64_t>(plan.droppedBytes) - (plan.addsTerminator ? box::kTerminatorSize : 0);
 
   Coverage& c = r.coverage;
   for (const OffsetSegment& run : a.offsetTable.segments) {
@@ -107,10 +108,10 @@ std::string text(const AnalysedFile& file, const Report& r) {
 
   out += title("Cards", format("%10s %10s", "count", "bytes"));
   for (const CardClass& c : r.classes) {
-    out += row(c.label,
-               format("%10llu %10llu", static_cast<unsigned long long>(c.count),
-                      static_cast<unsigned long long>(c.bytes)),
-               c.part ? 4 : 2);
+    out += row(
+        c.label,
+        format("%10llu %10lld", static_cast<unsigned long long>(c.count), static_cast<long long>(c.bytes)),
+        c.part ? 4 : 2);
   }
   out += row("compact frees", format("%10s %10lld", "", static_cast<long long>(r.compactFrees)));
 
@@ -169,22 +170,20 @@ Json json(const AnalysedFile& file, const Report& r) {
   return j;
 }
 
-std::string compact(const Json& j) { return j.dump(-1, ' ', false, Json::error_handler_t::replace); }
-
 // One member of the object a line, and one element of an array a line:
 // short enough to read, and still one JSON object.
 std::string layout(const Json& j) {
   std::string out = "{\n";
   size_t member = 0;
   for (const auto& [key, value] : j.items()) {
-    out += "  " + compact(key) + ": ";
+    out += "  " + jsonText(key) + ": ";
     if (value.is_array() && !value.empty()) {
       out += "[\n";
       for (size_t k = 0; k < value.size(); ++k)
-        out += "    " + compact(value[k]) + (k + 1 < value.size() ? ",\n" : "\n");
+        out += "    " + jsonText(value[k]) + (k + 1 < value.size() ? ",\n" : "\n");
       out += "  ]";
     } else {
-      out += compact(value);
+      out += jsonText(value);
     }
     out += ++member < j.size() ? ",\n" : "\n";
   }
@@ -195,13 +194,10 @@ std::string layout(const Json& j) {
 
 int runInfo(const InfoArguments& args) {
   const AnalysedFile file(args.path);
-  if (!file.analysed()) {
-    std::fprintf(stderr, "boxtool: %s: %s\n", printable(args.path).c_str(), printable(file.reason).c_str());
-    return exit_status::kNotAnalysed;
-  }
+  if (!file.analysed()) return fail(args.path, file.reason, exit_status::kNotAnalysed);
   const Report report = makeReport(file);
   const std::string out = args.json ? layout(json(file, report)) : text(file, report);
-  std::fwrite(out.data(), 1, out.size(), stdout);
+  writeOut(out);
   flushOutput();
   return exit_status::kClean;
 }

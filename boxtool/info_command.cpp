@@ -7,6 +7,6 @@ Command addInfoCommand(CLI::App& boxtool) {
   CLI::App* app = boxtool.add_subcommand(
       "info", "Statistics of a box file: stored and counted totals, cards per class, fields, offset table");
   app->add_flag("--json", args->json, "One JSON object instead of text");
-  app->add_option("BOX", args->path, "The box file")->required()->type_name("");
+  addBoxArgument(app, args->path);
   return {app, [args] { return runInfo(*args); }};
 }

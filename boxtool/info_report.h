@@ -24,7 +24,7 @@ struct CardClass {
   const char* label;
   const char* key;
   uint64_t count = 0;
-  uint64_t bytes = 0;
+  int64_t bytes = 0;  // the error cards' may be negative: a salvage may shrink a card's size below 0
   bool part = false;  // a part of the system class, indented in the text form
 };
 

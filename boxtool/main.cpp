@@ -36,7 +36,7 @@ int usageError(const std::string& what, const std::string& subcommand) {
 // does not have; empty when there is none.
 std::string unknownOption(const CLI::App& sub, int argc, char** argv, int from) {
   for (int k = from; k < argc; ++k) {
-    const std::string arg = argv[k];
+    std::string arg = argv[k];
     if (arg == "--") break;
     if (arg.size() < 2 || arg[0] != '-') continue;
     const std::string name = arg.substr(0, arg.find('='));
@@ -60,9 +60,7 @@ int checkedOutput(int status, bool bitmask) {
   return bitmask ? status | exit_status::kNotWritten : exit_status::kNotWritten;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int run(int argc, char** argv) {
   CLI::App app("Checks box files and reports on them, for people and for scripts.", "boxtool");
   app.set_version_flag("--version", "boxtool " BOXTOOL_VERSION);
   app.require_subcommand(1);
@@ -103,13 +101,21 @@ int main(int argc, char** argv) {
     return usageError(e.what(), named);
   }
   for (const Command& command : commands) {
-    if (!command.app->parsed()) continue;
-    try {
-      return checkedOutput(command.run(), command.app->get_name() == "check");
-    } catch (const std::bad_alloc&) {
-      std::fputs("boxtool: out of memory\n", stderr);
-      return exit_status::kNotAnalysed;
-    }
+    if (command.app->parsed()) return checkedOutput(command.run(), command.app->get_name() == "check");
   }
   return exit_status::kUsage;
+}
+
+}  // namespace
+
+// Whatever goes wrong ends with a line that says so, never with an abort.
+int main(int argc, char** argv) {
+  try {
+    return run(argc, argv);
+  } catch (const std::bad_alloc&) {
+    std::fputs("boxtool: out of memory\n", stderr);
+  } catch (const std::exception& e) {
+    std::fprintf(stderr, "boxtool: %s\n", printable(e.what()).c_str());
+  }
+  return exit_status::kNotAnalysed;
 }

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "record_values.h"
+#include "text_coding.h"
 
 std::string printable(std::string_view bytes) {
   std::string out;
@@ -14,7 +14,11 @@ std::string printable(std::string_view bytes) {
   while (!bytes.empty()) {
     const uint8_t b = static_cast<uint8_t>(bytes[0]);
     const size_t length = utf8SequenceLength(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size());
-    if (length == 0 || b < 0x20 || b == 0x7F) {
+    // C0 controls, DEL, and the C1 controls U+0080 to U+009F (C2 80 to C2 9F),
+    // which a terminal takes as commands as well.
+    const bool control =
+        b < 0x20 || b == 0x7F || (b == 0xC2 && length == 2 && static_cast<uint8_t>(bytes[1]) < 0xA0);
+    if (length == 0 || control) {
       out += format("\\x%02x", b);
       bytes.remove_prefix(1);
       continue;
@@ -26,23 +30,7 @@ std::string printable(std::string_view bytes) {
   return out;
 }
 
-std::string vformat(const char* fmt, va_list args) {
-  va_list again;
-  va_copy(again, args);
-  const int length = std::vsnprintf(nullptr, 0, fmt, args);
-  std::string out(length > 0 ? static_cast<size_t>(length) : 0, '\0');
-  if (length > 0) std::vsnprintf(out.data(), out.size() + 1, fmt, again);
-  va_end(again);
-  return out;
-}
-
-std::string format(const char* fmt, ...) {
-  va_list args;
-  va_start(args, fmt);
-  std::string out = vformat(fmt, args);
-  va_end(args);
-  return out;
-}
+void writeOut(const std::string& text) { std::fwrite(text.data(), 1, text.size(), stdout); }
 
 namespace {
 int firstOutputError = 0;
@@ -62,4 +50,9 @@ bool flushOutput() {
 std::string outputError() {
   flushOutput();
   return firstOutputError ? std::strerror(firstOutputError) : "";
+}
+
+int fail(const std::string& path, const std::string& reason, int status) {
+  std::fprintf(stderr, "boxtool: %s: %s\n", printable(path).c_str(), printable(reason).c_str());
+  return status;
 }

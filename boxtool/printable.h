@@ -12,14 +12,15 @@
 #include <string>
 #include <string_view>
 
+#include "text_coding.h"
+
 // Valid UTF-8 stays as it is, except that a backslash is doubled; every byte
 // that is not part of a valid UTF-8 sequence, and every control character
-// (0x00 to 0x1F, 0x7F), becomes \xNN with two lowercase hex digits.
+// (0x00 to 0x1F, 0x7F, and U+0080 to U+009F byte by byte), becomes \xNN with two lowercase hex digits.
 std::string printable(std::string_view bytes);
 
-// printf into a std::string.
-std::string format(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
-std::string vformat(const char* fmt, va_list args) __attribute__((format(printf, 1, 0)));
+// Writes text to standard output as it is.
+void writeOut(const std::string& text);
 
 // Flushes standard output, keeping the cause of the first write to it that
 // failed for outputError().  False when it failed.
@@ -30,3 +31,7 @@ void noteOutputError(int error);
 // Why writing to standard output failed ("No space left on device"), or
 // empty when it has not.
 std::string outputError();
+
+// The error exit of a subcommand: "boxtool: PATH: REASON" on standard
+// error, both made printable; returns status.
+int fail(const std::string& path, const std::string& reason, int status);

@@ -5,18 +5,16 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
-#include <nlohmann/json.hpp>
 
 #include "analysed_file.h"
 #include "box_file.h"
 #include "command.h"
+#include "json_text.h"
 #include "output_file.h"
 #include "printable.h"
 #include "rescue.h"
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 // The version of the JSON summary's layout.
 constexpr int kSchema = 1;
@@ -30,11 +28,6 @@ struct RecoverArguments {
   std::string target;
   Progress::Mode progress = Progress::Mode::kAuto;
 };
-
-int fail(const std::string& path, const std::string& reason, int status) {
-  std::fprintf(stderr, "boxtool: %s: %s\n", printable(path).c_str(), printable(reason).c_str());
-  return status;
-}
 
 std::string place(const RescuedRecord& r) {
   if (r.card < 0) return format("found at 0x%06x, ID 0x%04x", r.offset, r.id);
@@ -124,7 +117,7 @@ std::string jsonSummary(const RecoverArguments& args, const RescuedBox& r, int s
   } else if (r.cardValueCount >= 0) {
     j["card_values"] = r.cardValueCount;
   }
-  return j.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+  return jsonText(j) + "\n";
 }
 
 int runRecover(const RecoverArguments& args) {
@@ -167,13 +160,12 @@ int runRecover(const RecoverArguments& args) {
 
   OutputFile out(args.target);
   if (!out.opened()) return fail(args.target, out.error, exit_status::kNotWritten);
-  if (std::fwrite(rescued.bytes.data(), 1, rescued.bytes.size(), out.stream()) != rescued.bytes.size() ||
-      !out.commit(args.force)) {
-    return fail(args.target, out.error.empty() ? "write failed" : out.error, exit_status::kNotWritten);
-  }
+  if (!out.write(rescued.bytes.data(), rescued.bytes.size()))
+    return fail(args.target, "write failed", exit_status::kNotWritten);
+  if (!out.commit(args.force)) return fail(args.target, out.error, exit_status::kNotWritten);
   const int status = rescued.whole() ? exit_status::kClean : exit_status::kIncomplete;
   const std::string text = args.json ? jsonSummary(args, rescued, status) : summary(rescued, args.target);
-  std::fwrite(text.data(), 1, text.size(), stdout);
+  writeOut(text);
   flushOutput();
   return status;
 }
@@ -191,7 +183,7 @@ Command addRecoverCommand(CLI::App& boxtool) {
       ->type_name("SOUND.BOX");
   app->add_flag("-f,--force", args->force, "Replace NEW.BOX when it exists");
   addProgressOptions(app, args->progress);
-  app->add_option("BROKEN.BOX", args->broken, "The damaged box; it is only read")->required()->type_name("");
-  app->add_option("NEW.BOX", args->target, "The new box")->required()->type_name("");
+  addBoxArgument(app, args->broken, "BROKEN.BOX", "The damaged box; it is only read");
+  addBoxArgument(app, args->target, "NEW.BOX", "The new box");
   return {app, [args] { return runRecover(*args); }};
 }

@@ -1,8 +1,6 @@
 #include "rescue.h"
 
 #include <algorithm>
-#include <cstdarg>
-#include <cstdio>
 
 #include "analysed_file.h"
 #include "box_analysis.h"
@@ -14,6 +12,7 @@
 #include "record_map.h"
 #include "report_scope.h"
 #include "reporter.h"
+#include "text_coding.h"
 
 namespace {
 
@@ -29,15 +28,6 @@ bool runsClean(BoxAnalysis& a) {
   return true;
 }
 
-__attribute__((format(printf, 1, 2))) std::string describe(const char* fmt, ...) {
-  va_list args;
-  va_start(args, fmt);
-  char s[160];
-  std::vsnprintf(s, sizeof s, fmt, args);
-  va_end(args);
-  return s;
-}
-
 // Why the card of a record read where a card begins is not whole, by its
 // own bytes.
 std::string whyNotWhole(ByteView file, const Record& r, const ItemInfo& fields) {
@@ -48,28 +38,25 @@ std::string whyNotWhole(ByteView file, const Record& r, const ItemInfo& fields) 
   if (cardIsConsistent(file, o, fields, file.size())) return "it overlaps records that meet their neighbours";
   const CardValues v(file, o, fields);
   if (v.decoded < v.count())
-    return describe("the item length of value %d lies beyond the end of the file", v.decoded);
+    return format("the item length of value %d lies beyond the end of the file", v.decoded);
   uint64_t values = 0;
   for (int k = 0; k < v.count(); ++k) {
     if (!lengthFitsDataId(fields.entries[static_cast<size_t>(k)], v.length(k)))
-      return describe("the length of value %d does not fit its field", k);
+      return format("the length of value %d does not fit its field", k);
     values += v.length(k);
   }
   if (v.statedArea != v.areaLength)
-    return describe("its stated item length area (%u bytes) is not that of its item lengths (%u bytes)",
-                    v.statedArea, v.areaLength);
-  return describe("its size (%u) is not that of its values (%llu)", *size,
-                  static_cast<unsigned long long>(box::kCardBodyFixedSize + v.areaLength + values));
+    return format("its stated item length area (%u bytes) is not that of its item lengths (%u bytes)",
+                  v.statedArea, v.areaLength);
+  return format("its size (%u) is not that of its values (%llu)", *size,
+                static_cast<unsigned long long>(box::normalCardSize(v.areaLength, values)));
 }
 
 // The header's and the default table's bytes the format leaves to the
 // device, copied from the broken box where it has them.
 void copyUninterpreted(ByteView broken, std::vector<uint8_t>& out) {
-  const std::pair<uint32_t, uint32_t> ranges[] = {{box::kItemInfoSizeField + 4 + 4, box::kGarbageSizeField},
-                                                  {box::kMaxIdField + 2, box::kHeaderSize},
-                                                  {box::kHeaderSize, box::kDefaultEntriesOffset}};
-  for (const auto& [from, to] : ranges) {
-    for (uint32_t k = from; k < to && k < broken.size(); ++k) out[k] = broken.data()[k];
+  for (const auto& [from, to] : box::kUnexaminedRanges) {
+    for (uint32_t k = from; k < to; ++k) out[k] = broken.u8(k).value_or(out[k]);
   }
 }
 
@@ -160,8 +147,8 @@ RescuedBox rescueBox(ByteView broken, const RescueOptions& options) {
     // A table from another application's box would make every card look broken.
     const int held = countValuesOfCards(t.view, t.areaStart);
     if (held >= 0 && held != fields.count) {
-      result.problem = describe("the given field table lists %d fields, but the cards hold %d values each",
-                                fields.count, held);
+      result.problem = format("the given field table lists %d fields, but the cards hold %d values each",
+                              fields.count, held);
       result.cardValueCount = held;
       return result;
     }
@@ -201,7 +188,7 @@ RescuedBox rescueBox(ByteView broken, const RescueOptions& options) {
       const std::string why = whyNotWhole(t.view, r, fields);
       result.dropped.push_back(rescued(r, 0, why));
       if (dropNote[r.id].empty())
-        dropNote[r.id] = describe("card %d at 0x%06x dropped: ", r.card, t.original(r.offset)) + why;
+        dropNote[r.id] = format("card %d at 0x%06x dropped: ", r.card, t.original(r.offset)) + why;
       continue;
     }
     covered.push_back({r.offset, r.end});
@@ -319,7 +306,7 @@ RescuedBox rescueBox(ByteView broken, const RescueOptions& options) {
     if (why.empty() && entry[id] != 0) {
       // The card the table points at, if it carries the ID, says why it is not whole.
       const uint64_t at = static_cast<uint64_t>(static_cast<int64_t>(entry[id]) + t.shift);
-      why = describe("named by the offset table at 0x%06x", entry[id]);
+      why = format("named by the offset table at 0x%06x", entry[id]);
       if (entry[id] >= t.original(t.areaStart) && t.view.u16(at) == id) {
         Record r;
         r.offset = static_cast<uint32_t>(at);
@@ -329,7 +316,7 @@ RescuedBox rescueBox(ByteView broken, const RescueOptions& options) {
                                                               : "; no card with this ID was found";
       }
     } else if (entry[id] != 0) {
-      why = "named by the offset table; " + why;
+      why.insert(0, "named by the offset table; ");
     }
     result.missing.push_back({static_cast<uint16_t>(id), why});
   }

@@ -41,7 +41,10 @@ RescueFile rescueFile(const std::string& broken, const std::string& target, bool
   r.box = rescueBox(file.view(), {.deleted = deleted});
   if (file.shrank())
     return failed(std::move(r), broken, "the file shrank while it was being read", exit_status::kNotAnalysed);
-  if (!r.box.problem.empty()) return failed(std::move(r), broken, r.box.problem, exit_status::kRefused);
+  if (!r.box.problem.empty()) {
+    const std::string problem = r.box.problem;
+    return failed(std::move(r), broken, problem, exit_status::kRefused);
+  }
   if (keep && !keep()) {
     r.abandoned = true;
     return r;

@@ -16,6 +16,7 @@
 #include <optional>
 #include <vector>
 
+#include "output_file.h"
 #include "printable.h"
 
 namespace {
@@ -41,18 +42,6 @@ struct MessageHead {
   uint64_t outLength;
   uint64_t errLength;
 };
-
-bool writeAll(int fd, const void* data, size_t length) {
-  const char* p = static_cast<const char*>(data);
-  while (length > 0) {
-    const ssize_t n = write(fd, p, length);
-    if (n < 0 && errno == EINTR) continue;
-    if (n <= 0) return false;
-    p += n;
-    length -= static_cast<size_t>(n);
-  }
-  return true;
-}
 
 // The next batch of tasks nobody has taken, [first, end); empty when none
 // is left.  Batches shrink as the tasks run out (a share of what is left,
@@ -90,7 +79,7 @@ Batch takeBatch(Shared& shared, size_t count, unsigned jobs) {
       message += output.out;
       message += output.err;
     }
-    if (!writeAll(fd, message.data(), message.size())) _exit(1);
+    if (!writeAll(fd, message.data(), message.size(), ::write)) _exit(1);
   }
 }
 

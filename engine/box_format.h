@@ -22,6 +22,7 @@ inline constexpr uint32_t kGarbageSizeField = 48;    // u32
 inline constexpr uint32_t kDataSizeField = 52;       // u16
 inline constexpr uint32_t kLeastNullIdField = 54;    // u16
 inline constexpr uint32_t kMaxIdField = 56;          // u16
+inline constexpr uint32_t kHeaderFieldSize = 4;      // the u32 fields
 
 // Where a sound file keeps its structures.
 inline constexpr uint32_t kDefaultTableOffset = 0x48;
@@ -44,6 +45,15 @@ inline constexpr uint32_t defaultEntryOffset(uint32_t id) {
   return kDefaultEntriesOffset + kOffsetEntrySize * (id - 1);
 }
 
+// The bytes of the header and the default table that no reader examines:
+// the device's own, [from, to).
+struct ByteRange {
+  uint32_t from, to;
+};
+inline constexpr ByteRange kUnexaminedRanges[] = {{kDefaultTableField + kHeaderFieldSize, kGarbageSizeField},
+                                                  {kMaxIdField + 2, kHeaderSize},
+                                                  {kHeaderSize, kDefaultEntriesOffset}};
+
 // Item info record: u16 length L, data ID, attribute, 4 tag bytes, L - 6 name bytes.
 inline constexpr uint32_t kItemRecordFixedSize = 6;  // data ID .. tag, counted in L
 inline constexpr uint32_t kItemTagSize = 4;
@@ -58,6 +68,21 @@ inline constexpr uint32_t kCardAreaOffset = 10;       // item length area
 // What a normal card's size counts besides its area and values: the
 // unexamined word and the stated area length.
 inline constexpr uint32_t kCardBodyFixedSize = kCardAreaOffset - kCardHeadSize;  // 4
+// The size a consistent normal card states: the fixed part, the item
+// length area and the values.
+inline constexpr uint64_t normalCardSize(uint64_t areaLength, uint64_t valuesLength) {
+  return kCardBodyFixedSize + areaLength + valuesLength;
+}
+
+// A reference index card's body is a list of entries: u16 length L, four
+// bytes the listing shows, six it does not, then the name field, L - 10
+// bytes that hold the name and its NUL.  L counts the entry behind itself.
+inline constexpr uint32_t kIndexEntryLengthSize = 2;
+inline constexpr uint32_t kIndexEntryShownOffset = 2;
+inline constexpr uint32_t kIndexEntryShownSize = 4;
+inline constexpr uint32_t kIndexEntryHiddenSize = 6;
+inline constexpr uint32_t kIndexEntryNameOffset = 12;
+inline constexpr uint32_t kIndexEntryFixedSize = kIndexEntryNameOffset - kIndexEntryLengthSize;  // 10, in L
 
 // Card ID classes.
 inline constexpr uint16_t kGarbageId = 0x0000;
@@ -92,7 +117,10 @@ inline constexpr uint32_t kFirstOffsetCardId = kDefaultEntryCount + 1;
 inline constexpr uint32_t kItemCountSize = 1;
 inline constexpr uint32_t kItemRecordLengthSize = 2;
 
-// Data IDs of the field descriptions.
+// Data IDs of the field descriptions, and what each says of its values:
+// the length every value has (0: any length) and how a value is read.  The
+// content checks, the field table's repair, the salvage scan and the typed
+// values of export all read this one table.
 inline constexpr uint32_t kMaxDataId = 18;
 inline constexpr uint32_t kTimeDataId = 4;
 inline constexpr uint32_t kWeekDataId = 7;
@@ -101,30 +129,55 @@ inline constexpr uint8_t kAnyLengthDataId = 3;
 inline constexpr uint32_t kTimeValueSize = 5;
 inline constexpr uint32_t kUnsetYear = 255;
 
-// Fixed value length of a data ID; 0 means any length.  Unknown data IDs
-// (0 and above 18) have none.
-inline constexpr uint32_t fixedValueLength(uint32_t dataId) {
-  switch (dataId) {
-    case 4:
-      return 5;
-    case 6:
-    case 7:
-    case 11:
-      return 1;
-    case 8:
-      return 2;
-    case 18:
-      return 4;
-    default:
-      return 0;
-  }
-}
+enum class ValueType : uint8_t {
+  kText,     // bytes in the box's encoding
+  kTime,     // a five-byte date and time (card_values.h decodes it)
+  kWeekday,  // one byte, 0 to 6
+  kInteger,  // little-endian, as long as the fixed length
+};
 
-// A value of length len fits a data ID when len is 0, the data ID has no
-// fixed length, or len equals it.
-inline constexpr bool lengthFits(uint32_t dataId, uint32_t len) {
-  const uint32_t fixed = fixedValueLength(dataId);
+struct DataIdTraits {
+  uint8_t fixedLength;
+  ValueType type;
+};
+
+inline constexpr DataIdTraits kDataIds[kMaxDataId + 1] = {
+    {0, ValueType::kText},               // 0: unknown
+    {0, ValueType::kText},               // 1
+    {0, ValueType::kText},               // 2
+    {0, ValueType::kText},               // 3
+    {kTimeValueSize, ValueType::kTime},  // 4: TIME
+    {0, ValueType::kText},               // 5
+    {1, ValueType::kInteger},            // 6
+    {1, ValueType::kWeekday},            // 7: WEEK
+    {2, ValueType::kInteger},            // 8
+    {0, ValueType::kText},               // 9
+    {0, ValueType::kText},               // 10
+    {1, ValueType::kInteger},            // 11
+    {0, ValueType::kText},               // 12
+    {0, ValueType::kText},               // 13
+    {0, ValueType::kText},               // 14
+    {0, ValueType::kText},               // 15
+    {0, ValueType::kText},               // 16
+    {0, ValueType::kText},               // 17
+    {4, ValueType::kInteger},            // 18
+};
+static_assert(kDataIds[kTimeDataId].type == ValueType::kTime &&
+              kDataIds[kWeekDataId].type == ValueType::kWeekday);
+
+// The traits of a data ID; unknown ones (above 18) are text of any length.
+inline constexpr DataIdTraits dataIdTraits(uint32_t dataId) {
+  return dataId <= kMaxDataId ? kDataIds[dataId] : kDataIds[0];
+}
+inline constexpr uint32_t fixedValueLength(uint32_t dataId) { return dataIdTraits(dataId).fixedLength; }
+
+// A value of length len fits a fixed length when len is 0, the length is
+// not fixed (0), or len equals it.
+inline constexpr bool lengthFitsFixed(uint32_t fixed, uint32_t len) {
   return len == 0 || fixed == 0 || len == fixed;
+}
+inline constexpr bool lengthFits(uint32_t dataId, uint32_t len) {
+  return lengthFitsFixed(fixedValueLength(dataId), len);
 }
 
 }  // namespace box

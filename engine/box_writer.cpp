@@ -8,6 +8,22 @@
 #include "box_format.h"
 #include "coding.h"
 
+std::vector<uint8_t> normalCardBody(const std::vector<std::vector<uint8_t>>& values) {
+  std::vector<uint8_t> area;
+  size_t valuesLength = 0;
+  for (const std::vector<uint8_t>& v : values) {
+    appendItemLength(area, static_cast<uint32_t>(v.size()));
+    valuesLength += v.size();
+  }
+  std::vector<uint8_t> body;
+  body.reserve(box::normalCardSize(area.size(), valuesLength));
+  appendFixed16(body, 0);
+  appendFixed16(body, static_cast<uint16_t>(area.size()));
+  body.insert(body.end(), area.begin(), area.end());
+  for (const std::vector<uint8_t>& v : values) body.insert(body.end(), v.begin(), v.end());
+  return body;
+}
+
 BoxWriter::BoxWriter(const std::vector<uint8_t>& itemInfo) {
   // Sized once and copied into, rather than grown by insert: GCC 12 at -O3
   // misreads the insert after the zeroed header as writing out of bounds.
@@ -24,6 +40,7 @@ void BoxWriter::reserve(size_t bytes) {
   const auto page = static_cast<uintptr_t>(sysconf(_SC_PAGESIZE));
   const auto from = (reinterpret_cast<uintptr_t>(out_.data() + out_.size()) + page - 1) & ~(page - 1);
   const auto to = reinterpret_cast<uintptr_t>(out_.data() + out_.capacity()) & ~(page - 1);
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): a page address, computed from the buffer's own
   if (to > from + (64u << 10)) madvise(reinterpret_cast<void*>(from), to - from, MADV_POPULATE_WRITE);
 #endif
 }
@@ -100,9 +117,9 @@ std::vector<uint8_t> BoxWriter::finish() {
     const uint32_t firstId =
         box::kFirstOffsetCardId + static_cast<uint32_t>(c) * box::kUsualOffsetCardEntries;
     for (uint32_t j = 0; j < box::kUsualOffsetCardEntries; ++j) {
-      encodeFixed32(entries + box::kOffsetEntrySize * j, entryFor(firstId + j));
+      encodeFixed32(entries + size_t{box::kOffsetEntrySize} * j, entryFor(firstId + j));
     }
-    encodeFixed32(entries + box::kOffsetEntrySize * box::kUsualOffsetCardEntries,
+    encodeFixed32(entries + size_t{box::kOffsetEntrySize} * box::kUsualOffsetCardEntries,
                   c + 1 < offsetCards_.size() ? offsetCards_[c + 1] : 0);
   }
   return std::move(out_);

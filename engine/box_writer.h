@@ -21,13 +21,16 @@
 #include <utility>
 #include <vector>
 
+// The body of a normal card holding values, in field-table order: the
+// unexamined word (0), the stated length of the item length area, the area
+// (each value's length, encoded) and the values.
+std::vector<uint8_t> normalCardBody(const std::vector<std::vector<uint8_t>>& values);
+
 class BoxWriter {
  public:
   // itemInfo is the whole item info: the count byte and the records.
   explicit BoxWriter(const std::vector<uint8_t>& itemInfo);
 
-  // Room for a box of this many bytes, so that a large box is laid out
-  // without moving it.
   // Room for a box of that many bytes, its pages made present at once: one
   // call instead of a page fault for every page the cards are copied into.
   void reserve(size_t bytes);

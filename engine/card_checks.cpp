@@ -6,16 +6,18 @@
 #include "box_format.h"
 #include "findings.h"
 #include "texts_ja.h"
+#include "time_value.h"
 
 bool lengthFitsDataId(const ItemInfoEntry& entry, uint32_t length) {
-  return length == 0 || entry.fixedLength == 0 || length == entry.fixedLength;
+  return box::lengthFitsFixed(entry.fixedLength, length);
 }
 
 bool checkItemValue(ByteView file, const ItemInfoEntry& entry, CardRecord& record, int item,
                     uint64_t position, uint32_t length) {
   if (length == 0 || position > UINT32_MAX) return true;
   const uint32_t pos = static_cast<uint32_t>(position);
-  if (entry.dataId == box::kTimeDataId) {
+  const box::ValueType type = box::dataIdTraits(entry.dataId).type;
+  if (type == box::ValueType::kTime) {
     const uint8_t* d = file.at(pos, box::kTimeValueSize);
     if (!d) return true;
     const TimeFields t = decodeTime(d);
@@ -25,7 +27,7 @@ bool checkItemValue(ByteView file, const ItemInfoEntry& entry, CardRecord& recor
                d[3], d[4], t.year, t.month, t.day, t.hour, t.minute, t.second);
     return false;
   }
-  if (entry.dataId == box::kWeekDataId) {
+  if (type == box::ValueType::kWeekday) {
     const auto day = file.u8(pos);
     if (!day || *day <= 6) return true;
     reportHere(record, code::card::kIllegalValue, "Illegal format of WEEK", " at %d (%02x).", item, *day);
@@ -46,7 +48,8 @@ int walkItemLengths(ByteView file, const ItemInfo& fields, CardRecord& record, c
       debugMessage(ja::kItemLengthWrong);
     }
     // Only TIME and WEEK values are checked; the rest pass unread.
-    if (entry.dataId == box::kTimeDataId || entry.dataId == box::kWeekDataId) {
+    const box::ValueType type = box::dataIdTraits(entry.dataId).type;
+    if (type == box::ValueType::kTime || type == box::ValueType::kWeekday) {
       checkItemValue(file, entry, record, k, values.position(k), length);
     }
   }
@@ -58,21 +61,22 @@ bool checkItems(ByteView file, CardRecord& record, const ItemInfo& fields) {
   const int misfits = walkItemLengths(file, fields, record, values);
   record.consistent = misfits == 0 && values.decoded == values.count() &&
                       values.areaLength == values.statedArea &&
-                      record.size == box::kCardBodyFixedSize + values.areaLength + values.valuesLength;
+                      record.size == box::normalCardSize(values.areaLength, values.valuesLength);
   if (misfits > 0) {
     reportHere(record, code::card::kIllegalLength, "Item with illegal lenth is exist.");
   }
   if (record.areaLength != values.statedArea) {
     reportHere(record, code::card::kWrongAreaLength, "Wrong size for Item data length area.");
   }
-  if (record.size != record.areaLength + record.dataLength + 4) {
+  // In 32 bits, as the device adds them.
+  if (record.size != record.areaLength + record.dataLength + box::kCardBodyFixedSize) {
     reportHere(record, code::card::kWrongDataLength, "Data area length and/or Items data length have wrong.");
   }
   return (record.level & code::kFailing) == 0;
 }
 
 bool checkOffsetCardSize(CardRecord& record) {
-  if (record.size % 4 != 0) {
+  if (record.size % box::kOffsetEntrySize != 0) {
     reportHere(record, code::card::kIllegalOffsetCardSize, "Illegal card size.");
   } else if (record.size != box::kUsualOffsetCardSize) {
     reportHere(record, code::card::kUnusualOffsetCardSize, "Unusual card size.");
@@ -88,25 +92,25 @@ bool dumpIndexCard(ByteView file, CardRecord& record) {
   uint64_t q = bodyStart;
   do {
     const bool first = q == bodyStart;
-    if (q + 2 > bodyEnd) break;
-    const uint32_t len = decodeFixed16(file.data() + q);
-    if (len <= 2) break;
-    // The name starts 12 bytes into the entry and its field is len - 10
-    // bytes long.  An entry after the first starts with more than 12 bytes
-    // of body left, so only its name field can run past the body; that
-    // field is searched for its NUL as far as it goes within the file.  The
-    // first entry is read within the body alone.
-    const uint64_t nameStart = q + 12;
-    const uint64_t nameEnd = std::min<uint64_t>(q + 2 + len, first ? bodyEnd : file.size());
-    if (len <= 10 || nameStart >= nameEnd) break;
-    const auto* name = file.data() + nameStart;
-    if (!std::memchr(name, 0, nameEnd - nameStart)) break;
-    const uint8_t* e = file.data() + q;
-    debugMessage(" ## %3d %02x %02x %02x %02x %s", static_cast<int>(len), e[2], e[3], e[4], e[5],
+    if (q + box::kIndexEntryLengthSize > bodyEnd) break;
+    const uint32_t len = file.u16(q).value_or(0);
+    if (len <= box::kIndexEntryLengthSize) break;
+    // An entry after the first starts with more than its fixed part of body
+    // left, so only its name field can run past the body; that field is
+    // searched for its NUL as far as it goes within the file.  The first
+    // entry is read within the body alone.
+    const uint64_t nameStart = q + box::kIndexEntryNameOffset;
+    const uint64_t nameEnd =
+        std::min<uint64_t>(q + box::kIndexEntryLengthSize + len, first ? bodyEnd : file.size());
+    if (len <= box::kIndexEntryFixedSize || nameStart >= nameEnd) break;
+    const uint8_t* name = file.at(nameStart, nameEnd - nameStart);
+    if (!name || !std::memchr(name, 0, nameEnd - nameStart)) break;
+    const uint8_t* e = file.at(q + box::kIndexEntryShownOffset, box::kIndexEntryShownSize);
+    debugMessage(" ## %3d %02x %02x %02x %02x %s", static_cast<int>(len), e[0], e[1], e[2], e[3],
                  reinterpret_cast<const char*>(name));
     // An entry that overruns the body leaves none of it.
-    remaining -= static_cast<int64_t>(len) + 2;
-    q += uint64_t{len} + 2;
-  } while (remaining > 12);
+    remaining -= static_cast<int64_t>(len) + box::kIndexEntryLengthSize;
+    q += uint64_t{len} + box::kIndexEntryLengthSize;
+  } while (remaining > box::kIndexEntryNameOffset);
   return true;
 }

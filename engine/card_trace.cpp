@@ -18,13 +18,13 @@ int64_t cardChain::parseCardHead(CardRecord& record, uint32_t offset, uint32_t l
     record.level |= code::trace::kOutOfFile;
     return -1;
   }
-  record.id = decodeFixed16(fileStart + at);
+  record.id = file_.u16(at).value_or(0);
   if (box::isTerminatorAt(at, record.id, limit)) return limit;
   if (at + box::kCardHeadSize > limit) {
     record.level |= code::trace::kOutOfFile;
     return -1;
   }
-  record.size = decodeFixed32(fileStart + at + box::kCardSizeField);
+  record.size = file_.u32(at + box::kCardSizeField).value_or(0);
   const uint64_t next = at + box::kCardHeadSize + record.size;
   if (next > limit) {
     record.level |= code::trace::kOutOfFile;

@@ -11,7 +11,6 @@
 
 #include <array>
 #include <cstdint>
-#include <ctime>
 
 #include "byte_view.h"
 #include "item_info.h"
@@ -47,23 +46,3 @@ class CardValues {
   // At most 255 fields; only the first count_ are filled, once per card.
   std::array<Item, 256> items_;
 };
-
-// A TIME value's fields, as the handheld reads its five bytes: a 40-bit
-// little-endian field with second, minute, hour, day, month (0-based as the
-// C library counts it) and year (years since 1900).
-struct TimeFields {
-  int second, minute, hour, day, month, year;
-  bool unset;  // the year value 255: no date is set
-};
-
-// Decodes the five bytes at d; a year value above 130 is taken as 100 less,
-// as the handheld takes it.
-TimeFields decodeTime(const uint8_t* d);
-
-// Whether the handheld would accept the fields: mktime in the process's time
-// zone succeeds and its result fits a signed 32-bit time_t.
-bool timeConverts(const TimeFields& t);
-
-// The fields as the C library's calendar record, everything else zero
-// (daylight saving off), ready for mktime or timegm.
-struct tm calendarOf(const TimeFields& t);

@@ -33,9 +33,14 @@ inline void encodeFixed32(uint8_t* p, uint32_t value) {
 //   0x80..0xBF  2 bytes  (b0 & 0x7F) << 8 | b1            up to 0x7FFF
 //   0xC0..0xFF  4 bytes  (b0 & 0x3F) << 24 | b1 b2 b3     up to 0x3FFFFFFF
 inline constexpr uint32_t kMaxItemLength = 0x3FFFFFFF;
+inline constexpr uint8_t kTwoByteLength = 0x80;   // the least first byte of a two-byte length
+inline constexpr uint8_t kFourByteLength = 0xC0;  // and of a four-byte one
+inline constexpr uint32_t kWidestItemLength = 4;  // bytes an encoded length takes at most
 
 // The width of the encoded length whose first byte is b0.
-inline constexpr uint32_t itemLengthWidth(uint8_t b0) { return b0 < 0x80 ? 1 : b0 < 0xC0 ? 2 : 4; }
+inline constexpr uint32_t itemLengthWidth(uint8_t b0) {
+  return b0 < kTwoByteLength ? 1 : b0 < kFourByteLength ? 2 : kWidestItemLength;
+}
 
 // Decodes the length at p, of which `available` bytes may be read.  False
 // when its width needs more than that.

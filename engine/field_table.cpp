@@ -41,7 +41,7 @@ std::optional<SampleCard> readSample(ByteView file, uint64_t offset, uint64_t* e
     sum += length;
     card.lengths.push_back(length);
   }
-  if (consumed != *stated || *size != box::kCardBodyFixedSize + consumed + sum) return std::nullopt;
+  if (consumed != *stated || *size != box::normalCardSize(consumed, sum)) return std::nullopt;
   return card;
 }
 
@@ -314,7 +314,8 @@ FieldTable readFieldTable(ByteView file) {
   table.mended.insert(table.mended.end(), bestMends.begin(), bestMends.end());
   table.typesChanged = !bestMends.empty();
   table.end = best->end;
-  table.itemInfo.assign(file.data() + best->offset, file.data() + best->end);
+  const uint8_t* bytes = file.at(best->offset, best->end - best->offset);
+  table.itemInfo.assign(bytes, bytes + (best->end - best->offset));
   table.itemInfo[0] = static_cast<uint8_t>(best->dataIds.size());
   for (size_t k = 0; k < best->records.size(); ++k) {
     const size_t at = best->records[k] - best->offset;

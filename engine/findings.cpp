@@ -25,6 +25,34 @@ Reporter::~Reporter() = default;
 
 int Reporter::progress(int /*stage*/, int /*percent*/) { return 1; }
 
+namespace {
+
+// The sections, from -1 down: the handheld's names and boxtool's.
+struct SectionNames {
+  const char* title;
+  const char* name;
+};
+constexpr SectionNames kSections[] = {{"Box header", "box header"},
+                                      {"Item info", "item info"},
+                                      {"Offset table", "offset table"},
+                                      {"Data chunck", "data chunks"}};
+
+const SectionNames* section(int32_t index) {
+  return index < 0 && index >= kDataChunkSection ? &kSections[-1 - index] : nullptr;
+}
+
+}  // namespace
+
+const char* sectionTitle(int32_t index) {
+  const SectionNames* s = section(index);
+  return s ? s->title : nullptr;
+}
+
+const char* sectionName(int32_t index) {
+  const SectionNames* s = section(index);
+  return s ? s->name : "unknown section";
+}
+
 const char* severityName(uint32_t code) {
   if (code & code::kCritical) return "Critical";
   if (code & code::kError) return "Error";

@@ -23,6 +23,12 @@ inline constexpr int32_t kHeaderSection = -1;
 inline constexpr int32_t kItemInfoSection = -2;
 inline constexpr int32_t kOffsetTableSection = -3;
 inline constexpr int32_t kDataChunkSection = -4;
+// A section's name as the handheld's tool shows it ("Box header", "Item
+// info", "Offset table", "Data chunck"); null for a card index.
+const char* sectionTitle(int32_t index);
+// A section's name as boxtool writes it ("box header", "item info",
+// "offset table", "data chunks"); "unknown section" for a card index.
+const char* sectionName(int32_t index);
 // The offset of a section's closing summary entry: a marker, not a file offset.
 inline constexpr uint32_t kSummaryOffset = 100;
 

@@ -36,7 +36,7 @@ ItemInfo::ItemInfo(ByteView file, uint32_t offset, uint32_t declaredSize) {
     p += 2;
 
     // A record shorter than its fixed fields owns only its first L bytes.
-    const uint8_t* r = file.data() + p;
+    const uint8_t* r = file.at(p, uint64_t{fieldBytes} + kept);
     ItemInfoEntry& e = entries[static_cast<size_t>(i)];
     e.length = L;
     e.dataId = fieldBytes > 0 ? r[0] : 0;

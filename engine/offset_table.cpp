@@ -103,7 +103,7 @@ uint32_t OffsetTable::checkSegment(const OffsetSegment& segment, const cardChain
 
   for (uint64_t j = 0; j < count; ++j) {
     const uint16_t id = static_cast<uint16_t>(segment.firstId + j);
-    const uint32_t value = decodeFixed32(file_.data() + start + box::kOffsetEntrySize * j);
+    const uint32_t value = file_.u32(start + box::kOffsetEntrySize * j).value_or(0);
     const bool empty = box::isEmptyEntry(value);
     const int32_t card = chain.findById(id);
     if (card < 0) {

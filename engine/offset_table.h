@@ -58,8 +58,10 @@ std::vector<OffsetSegment> offsetRuns(ByteView file, const cardChain& chain);
 
 class OffsetTable : public Checker {
  public:
-  // fileStart is the mapping, regionStart the end of the header (72), where
-  // the default table region begins.  True when no entry was bad.
+  // fileStart is the mapping, of the cardChain's size; regionStart is where
+  // the default table's region begins (72, behind the header), given as the
+  // handheld's tool gives it: the table is read at its fixed place whatever
+  // the header says.  True when no entry was bad.
   bool check(const uint8_t* fileStart, uint32_t regionStart, const cardChain& chain);
 
   // Checks the entries of one run that lie inside the file; returns the

@@ -35,7 +35,7 @@ std::vector<uint64_t> sortedValues(std::vector<uint64_t> values) {
 
 // The smallest encoded area a card of count fields can have, and the largest.
 uint32_t smallestArea(int count) { return static_cast<uint32_t>(count); }
-uint32_t largestArea(int count) { return static_cast<uint32_t>(count) * 4; }
+uint32_t largestArea(int count) { return static_cast<uint32_t>(count) * kWidestItemLength; }
 
 // The first byte at or after p, before end, that is not zero; end when there is none.
 const uint8_t* nonZero(const uint8_t* p, const uint8_t* end) {
@@ -183,7 +183,7 @@ bool cardIsConsistent(ByteView file, uint64_t offset, const ItemInfo& fields, ui
     return false;
   const CardValues values(file, offset, fields);
   if (values.decoded != values.count() || values.statedArea != values.areaLength ||
-      size != box::kCardBodyFixedSize + values.areaLength + values.valuesLength)
+      size != box::normalCardSize(values.areaLength, values.valuesLength))
     return false;
   for (int k = 0; k < values.count(); ++k) {
     if (!lengthFitsDataId(fields.entries[static_cast<size_t>(k)], values.length(k))) return false;

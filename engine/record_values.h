@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "item_info.h"
+#include "text_coding.h"
 
 enum class ValueKind {
   kNull,         // length 0, or a TIME whose year value says no date is set
@@ -65,15 +66,3 @@ class ValueDecoder {
   void* converter_ = nullptr;  // an iconv_t
   std::string buffer_;
 };
-
-// The length of the valid UTF-8 sequence at the start of the available
-// bytes, or 0 when they do not start with one (a stray continuation byte,
-// an overlong form, a surrogate, a code point above U+10FFFF, a sequence cut
-// short).
-size_t utf8SequenceLength(const uint8_t* bytes, size_t available);
-
-// True when the bytes are valid UTF-8 throughout.
-bool validUtf8(const uint8_t* bytes, size_t length);
-
-// Lowercase hex, two digits a byte, appended to out.
-void appendHex(std::string& out, const uint8_t* bytes, size_t length);

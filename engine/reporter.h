@@ -10,7 +10,10 @@
 
 class Reporter {
  public:
+  Reporter() = default;
   virtual ~Reporter();
+  Reporter(const Reporter&) = delete;
+  Reporter& operator=(const Reporter&) = delete;
 
   // One free-form diagnostic (debug) line.
   virtual void message(const char* format, va_list args) __attribute__((format(printf, 2, 0))) = 0;

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr uint64_t kWidest = 4;           // bytes an encoded length takes at most
+constexpr uint64_t kWidest = kWidestItemLength;
 constexpr uint64_t kFirstBlock = 1 << 8;  // positions looked at first; an answer is often near
 constexpr uint64_t kLastBlock = 1 << 16;  // the blocks grow to this
 
@@ -22,8 +22,8 @@ void eachLengthStart(const uint8_t* d, uint64_t length, uint8_t fixed, Visit vis
 #if defined(__SSE2__)
   const __m128i zero = _mm_setzero_si128();
   const __m128i one = _mm_set1_epi8(static_cast<char>(fixed));
-  const __m128i two = _mm_set1_epi8(static_cast<char>(0x80));
-  const __m128i four = _mm_set1_epi8(static_cast<char>(0xC0));
+  const __m128i two = _mm_set1_epi8(static_cast<char>(kTwoByteLength));
+  const __m128i four = _mm_set1_epi8(static_cast<char>(kFourByteLength));
   for (; x + 16 <= length; x += 16) {
     const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(d + x));
     const __m128i hits = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, zero), _mm_cmpeq_epi8(v, one)),
@@ -34,7 +34,7 @@ void eachLengthStart(const uint8_t* d, uint64_t length, uint8_t fixed, Visit vis
 #endif
   for (; x < length; ++x) {
     const uint8_t b = d[x];
-    if (b == 0 || b == fixed || b == 0x80 || b == 0xC0) visit(x);
+    if (b == 0 || b == fixed || b == kTwoByteLength || b == kFourByteLength) visit(x);
   }
 }
 
@@ -71,13 +71,13 @@ void SalvageScan::candidates(uint64_t from, uint64_t to, std::vector<uint64_t>& 
   const auto k = static_cast<uint64_t>(firstFixed_);
   // Field k's length lies k to 4k bytes behind a position.
   const uint64_t xFrom = from + k;
-  const uint64_t xTo = std::min<uint64_t>(file_.size(), to + 4 * k);
+  const uint64_t xTo = std::min<uint64_t>(file_.size(), to + kWidest * k);
   if (xFrom >= xTo) return;
   const uint8_t* d = file_.at(xFrom, xTo - xFrom);
   eachLengthStart(d, xTo - xFrom, static_cast<uint8_t>(fixed_[k]), [&](uint64_t offset) {
     const uint64_t x = xFrom + offset;
     if (!fitsFrom(x, firstFixed_)) return;
-    const uint64_t lo = std::max(from, x >= 4 * k ? x - 4 * k : 0);
+    const uint64_t lo = std::max(from, x >= kWidest * k ? x - kWidest * k : 0);
     const uint64_t hi = std::min(to - 1, x - k);
     for (uint64_t p = lo; p <= hi; ++p) bits[(p - from) / 64] |= uint64_t{1} << ((p - from) % 64);
   });

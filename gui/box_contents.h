@@ -33,7 +33,7 @@ std::shared_ptr<BoxContents> loadBoxContents(const QString& path);
 struct RunProgress;
 class ProgressHook {
  public:
-  explicit ProgressHook(RunProgress& progress);
+  explicit ProgressHook(RunProgress& run);
   ~ProgressHook();
   ProgressHook(const ProgressHook&) = delete;
   ProgressHook& operator=(const ProgressHook&) = delete;

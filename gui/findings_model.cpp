@@ -12,6 +12,7 @@
 #include <cstdio>
 
 #include "findings.h"
+#include "text_coding.h"
 
 namespace {
 
@@ -20,29 +21,11 @@ constexpr uint32_t kNoText = 0xFFFFFFFFu;
 
 QString formatted(const char* format, ...) __attribute__((format(printf, 1, 2)));
 QString formatted(const char* format, ...) {
-  char buffer[32];
   va_list args;
   va_start(args, format);
-  std::vsnprintf(buffer, sizeof buffer, format, args);
+  const std::string text = vformat(format, args);
   va_end(args);
-  return QString::fromLatin1(buffer);
-}
-
-// The section names pass through QObject::tr, as the finding texts do, but
-// no catalogue translates either: they stay as the console shows them.
-const char* sectionName(int32_t index) {
-  switch (index) {
-    case kHeaderSection:
-      return "Box header";
-    case kItemInfoSection:
-      return "Item info";
-    case kOffsetTableSection:
-      return "Offset table";
-    case kDataChunkSection:
-      return "Data chunck";
-    default:
-      return nullptr;
-  }
+  return QString::fromLatin1(text.c_str());
 }
 
 // An icon for each severity, told apart by its shape as well as its
@@ -206,7 +189,7 @@ QString FindingsModel::topText(uint32_t ref, int column) const {
     return column < row.size() ? row[column] : QString();
   }
   const FindingsTree::Node& node = tree_->nodes[ref];
-  const char* name = sectionName(node.index);
+  const char* name = sectionTitle(node.index);
   switch (column) {
     case 0:
       return name ? QObject::tr(name) : formatted("%.8x", node.offset);
@@ -226,7 +209,7 @@ QString FindingsModel::topText(uint32_t ref, int column) const {
 QString FindingsModel::findingText(uint32_t finding, int column) const {
   const FindingsTree::Finding& f = tree_->findings[finding];
   const bool info = f.code & code::kInfo;
-  const QString context = f.text == kNoText ? QLatin1String("") : QObject::tr(tree_->texts[f.text].c_str());
+  QString context = f.text == kNoText ? QLatin1String("") : QObject::tr(tree_->texts[f.text].c_str());
   switch (column) {
     case 0:
     case kMarkColumn: {
@@ -236,7 +219,7 @@ QString FindingsModel::findingText(uint32_t finding, int column) const {
     }
     case 1:
       if (info) return QString();
-      return sectionName(f.index) ? QLatin1String("") : formatted("%7.4x", f.id);
+      return sectionTitle(f.index) ? QLatin1String("") : formatted("%7.4x", f.id);
     case 2: {
       const QString detail = QString::fromLatin1(tree_->details.data() + f.detail, f.detailLength);
       return info ? detail : context + detail;

@@ -69,10 +69,11 @@ class RecordsModel : public QAbstractTableModel {
  private:
   struct Key;
   void rebuild();
-  bool matches(size_t record) const;
-  Key keyOf(size_t record, int column) const;
-  // The texts of the record's value columns, decoded once for all its cells.
-  const QStringList& cells(size_t record) const;
+  // Record n: whether it passes the filter, its key for a column, and the
+  // texts of its value columns, decoded once for all its cells.
+  bool matches(size_t n) const;
+  Key keyOf(size_t n, int column) const;
+  const QStringList& cells(size_t n) const;
   QString findingsText(int32_t card) const;
 
   std::shared_ptr<BoxContents> contents_;

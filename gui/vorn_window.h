@@ -65,10 +65,10 @@ class VornWindow : public QMainWindow {
   // findings selected in the result list and its record in the table.
   void chooseSegment(int64_t segment);
 
-  // File > Export..., Tools > Recover... (of path, or of the box shown)
+  // File > Export..., Tools > Recover... (of given, or of the box shown)
   // and Tools > Compact..., as the menus run them.
   void exportRecords();
-  void recoverBox(const QString& path = QString());
+  void recoverBox(const QString& given = QString());
   void compactBox();
 
   Vorn* form;

@@ -21,8 +21,7 @@
 
 #include "background_run.h"
 #include "box_contents.h"
-#include "collection_refusal.h"
-#include "compaction_plan.h"
+#include "collection.h"
 #include "findings_model.h"
 #include "garbage_collection.h"
 #include "local_path.h"

@@ -12,8 +12,8 @@
 #include "analysis_text.h"
 #include "box_builder.h"
 #include "boxlib.h"
-#include "collector_io.h"
 #include "golden.h"
+#include "output_file.h"
 #include "run_vorn.h"
 
 using namespace boxtest;
@@ -151,14 +151,14 @@ struct Steps {
 };
 Steps collectionSteps(unsigned ids) {
   Steps s{book(ids).bytes, book(ids, false).bytes, 0};
-  s.rename = static_cast<int>((s.collected.size() + kCollectorWriteChunk - 1) / kCollectorWriteChunk) + 2;
+  s.rename = static_cast<int>((s.collected.size() + kWriteChunk - 1) / kWriteChunk) + 2;
   return s;
 }
 
 TEST(CollectorCrashSafety, AFailingStepLeavesTheOldBox) {
   const Steps s = collectionSteps(700);
-  const CollectorIo real = collectorIo;
-  collectorIo = {countedWrite, countedFsync, countedRename};
+  const FileCalls real = fileCalls;
+  fileCalls = {countedWrite, countedFsync, countedRename, ::link, fileCalls.renameNoReplace};
   killing = false;
   for (stepAt = 1; stepAt <= s.rename; ++stepAt) {
     steps = 0;
@@ -167,7 +167,7 @@ TEST(CollectorCrashSafety, AFailingStepLeavesTheOldBox) {
     EXPECT_TRUE(fileBytes(box.path()) == s.old);
     EXPECT_TRUE(leftovers(box.dir()).empty());
   }
-  collectorIo = real;
+  fileCalls = real;
 }
 
 TEST(CollectorCrashSafety, KilledAtEveryStepLeavesOldOrNewComplete) {
@@ -178,7 +178,7 @@ TEST(CollectorCrashSafety, KilledAtEveryStepLeavesOldOrNewComplete) {
     if (child == 0) {
       steps = 0;
       killing = true;
-      collectorIo = {countedWrite, countedFsync, countedRename};
+      fileCalls = {countedWrite, countedFsync, countedRename, ::link, fileCalls.renameNoReplace};
       _exit(_BoxGarbageCollect(box.path().c_str()));
     }
     int status = 0;
@@ -193,5 +193,51 @@ TEST(CollectorCrashSafety, KilledAtEveryStepLeavesOldOrNewComplete) {
     EXPECT_TRUE(leftovers(box.dir()).empty());
   }
 }
+
+// A new file that must not replace one, on file systems without hard links
+// (link() fails with EPERM on vfat and exFAT), with and without a rename
+// that refuses to replace: the file is written when the name is free, and an
+// existing one is left as it was.
+int linkUnsupported(const char*, const char*) { return errno = EPERM, -1; }
+int noReplaceUnsupported(const char*, const char*) { return errno = EINVAL, -1; }
+
+struct NoHardLinks {
+  const char* name;
+  int (*renameNoReplace)(const char*, const char*);
+  bool targetExists;
+};
+
+void PrintTo(const NoHardLinks& c, std::ostream* os) { *os << c.name; }
+
+class WritingWithoutHardLinks : public testing::TestWithParam<NoHardLinks> {};
+
+TEST_P(WritingWithoutHardLinks, WritesOnlyWhereNothingIs) {
+  const NoHardLinks& c = GetParam();
+  TempBox dir(Bytes{1, 2, 3}, "OLD.BOX");
+  const std::string target = dir.dir() + (c.targetExists ? "/OLD.BOX" : "/NEW.BOX");
+  const FileCalls real = fileCalls;
+  fileCalls.link = linkUnsupported;
+  if (c.renameNoReplace) fileCalls.renameNoReplace = c.renameNoReplace;
+  const Bytes bytes{4, 5, 6, 7};
+  bool committed = false;
+  std::string error;
+  {
+    OutputFile out(target);
+    committed = out.write(bytes.data(), bytes.size()) && out.commit(false);
+    error = out.error;
+  }
+  fileCalls = real;
+  EXPECT_EQ(committed, !c.targetExists);
+  EXPECT_EQ(error, c.targetExists ? "the file exists" : "");
+  EXPECT_TRUE(fileBytes(target) == (c.targetExists ? Bytes{1, 2, 3} : bytes));
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.dir()), {}), c.targetExists ? 1 : 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, WritingWithoutHardLinks,
+                         testing::Values(NoHardLinks{"new_file", nullptr, false},
+                                         NoHardLinks{"existing_file", nullptr, true},
+                                         NoHardLinks{"new_file_two_steps", noReplaceUnsupported, false},
+                                         NoHardLinks{"existing_file_two_steps", noReplaceUnsupported, true}),
+                         [](const testing::TestParamInfo<NoHardLinks>& info) { return info.param.name; });
 
 }  // namespace

@@ -31,7 +31,7 @@ class GoldenOutput : public testing::TestWithParam<GoldenCase> {
 TEST_P(GoldenOutput, MatchesTheGoldenFile) {
   const GoldenCase& c = GetParam();
   const std::string box(c.bytes.begin(), c.bytes.end());
-  if (regeneratingGolden()) {
+  if (regeneratingGoldenBoxes()) {
     ASSERT_TRUE(writeFile(goldenPath(c.name + ".box"), c.bytes));
   } else {
     EXPECT_TRUE(readGolden(c.name + ".box") == box) << c.name << ".box is not what the builder makes";

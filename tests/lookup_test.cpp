@@ -16,8 +16,7 @@ using namespace boxtest;
 
 namespace {
 
-struct CountingSink : Reporter {
-  void message(const char*, va_list) override {}
+struct CountingSink : SilentReporter {
   void entry(int32_t index, uint32_t, uint32_t, uint32_t, uint32_t code, const char* text, const char*,
              va_list) override {
     if (code == 0x20000004 && std::string(text) == "Duplicate card ID") duplicateAt.insert(index);

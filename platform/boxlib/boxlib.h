@@ -37,6 +37,7 @@ enum {
  * wholly before the first card.  The new box is written beside the
  * old one, flushed and renamed over it, so a failure at any point leaves the
  * complete old or the complete new file. */
+/* NOLINTNEXTLINE(bugprone-reserved-identifier): the library's own name */
 int _BoxGarbageCollect(const char* path);
 
 /* Checks the box file at path.  level selects the parts judged, by the bits
@@ -44,6 +45,7 @@ int _BoxGarbageCollect(const char* path);
  * since the later checks need the earlier ones.  Returns 0 when no selected
  * part failed, else the OR of the failed parts' bits.  Prints nothing and
  * leaves the analysis' process-wide reporter and switches as it found them. */
+/* NOLINTNEXTLINE(bugprone-reserved-identifier): the library's own name */
 int _BXDFileCheckLevel(const char* path, int level);
 
 #ifdef __cplusplus

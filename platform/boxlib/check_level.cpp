@@ -2,6 +2,7 @@
 #include "findings.h"
 #include "silent_analysis.h"
 
+// NOLINTNEXTLINE(bugprone-reserved-identifier): the library's own name
 extern "C" int _BXDFileCheckLevel(const char* path, int level) {
   if (!path) return BXD_CHECK_UNREADABLE & level;
   SilentAnalysis check(path);

@@ -45,7 +45,7 @@ inline time_t everySecond() {
 
 }  // namespace fuzz
 
-// Both targets judge TIME values under UTC.
+// Every target judges TIME values under UTC.
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
   setenv("TZ", "UTC", 1);
   return 0;

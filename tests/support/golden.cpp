@@ -16,10 +16,15 @@ namespace boxtest {
 
 std::string goldenPath(const std::string& name) { return std::string(VORN_TEST_DATA) + "/" + name; }
 
-bool regeneratingGolden() {
-  const char* value = std::getenv("VORN_REGENERATE_GOLDEN");
+namespace {
+bool set(const char* name) {
+  const char* value = std::getenv(name);
   return value && std::string(value) == "1";
 }
+}  // namespace
+
+bool regeneratingGolden() { return set("VORN_REGENERATE_GOLDEN"); }
+bool regeneratingGoldenBoxes() { return set("VORN_REGENERATE_GOLDEN_BOXES"); }
 
 std::string readWholeFile(const std::string& path) {
   std::ifstream in(path, std::ios::binary);

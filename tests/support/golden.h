@@ -4,8 +4,9 @@
 //   expectGolden("SALVAGE.out", analysisText(bytes));
 //
 // With VORN_REGENERATE_GOLDEN=1 in the environment the file is written
-// instead of compared; `git diff tests/data` then shows what changed, for
-// review before it is committed (README: "Golden files").
+// instead of compared, and with VORN_REGENERATE_GOLDEN_BOXES=1 the golden
+// boxes too (tools/regen-golden.sh says how); `git diff tests/data` then
+// shows what changed, for review before it is committed.
 #pragma once
 
 #include <string>
@@ -34,5 +35,6 @@ std::vector<std::string> goldenBoxes();
 void expectGolden(const std::string& name, const std::string& actual);
 
 bool regeneratingGolden();
+bool regeneratingGoldenBoxes();
 
 }  // namespace boxtest

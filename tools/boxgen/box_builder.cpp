@@ -10,6 +10,7 @@
 #include "box_format.h"
 #include "box_writer.h"
 #include "coding.h"
+#include "output_file.h"
 
 namespace boxtest {
 
@@ -65,23 +66,6 @@ Bytes timeValue(unsigned year, unsigned month, unsigned day, unsigned hour, unsi
   return {static_cast<uint8_t>(second), static_cast<uint8_t>((minute & 0x3F) | ((hour & 3) << 6)),
           static_cast<uint8_t>(((hour >> 2) & 7) | (day << 3)),
           static_cast<uint8_t>((month & 0x0F) | ((year & 0x0F) << 4)), static_cast<uint8_t>(year >> 4)};
-}
-
-Bytes normalBody(const std::vector<Bytes>& values) {
-  Bytes area;
-  Bytes data;
-  for (const Bytes& v : values) {
-    appendItemLength(area, static_cast<uint32_t>(v.size()));
-    data.insert(data.end(), v.begin(), v.end());
-  }
-  // The unexamined word, the stated area length, the area, the values.
-  Bytes body;
-  body.reserve(4 + area.size() + data.size());
-  appendFixed16(body, 0);
-  appendFixed16(body, static_cast<uint16_t>(area.size()));
-  body.insert(body.end(), area.begin(), area.end());
-  body.insert(body.end(), data.begin(), data.end());
-  return body;
 }
 
 void putU16(Bytes& bytes, size_t at, uint16_t value) {
@@ -176,13 +160,8 @@ void setFirstIndexEntryLength(Bytes& bytes, uint32_t card, uint16_t length) {
 bool writeFile(const std::string& path, const Bytes& bytes) {
   const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
   if (fd < 0) return false;
-  size_t done = 0;
-  while (done < bytes.size()) {
-    const ssize_t n = write(fd, bytes.data() + done, bytes.size() - done);
-    if (n <= 0) break;
-    done += static_cast<size_t>(n);
-  }
-  return close(fd) == 0 && done == bytes.size();
+  const bool written = writeAll(fd, bytes.data(), bytes.size(), ::write);
+  return close(fd) == 0 && written;
 }
 
 BoxBuilder& BoxBuilder::field(uint8_t dataId, std::string_view tag, std::string_view name,
@@ -206,7 +185,7 @@ BoxBuilder& BoxBuilder::rawItemInfo(Bytes itemInfo) {
 }
 
 BoxBuilder& BoxBuilder::card(uint16_t id, const std::vector<Bytes>& values) {
-  return rawCard(id, normalBody(values));
+  return rawCard(id, normalCardBody(values));
 }
 
 BoxBuilder& BoxBuilder::rawCard(uint16_t id, Bytes body) {
@@ -230,9 +209,10 @@ BoxBuilder& BoxBuilder::indexCard(const std::vector<IndexEntry>& entries) {
   // Each entry: its length, four bytes shown, six not shown, the name and its NUL.
   Bytes body;
   for (const IndexEntry& e : entries) {
-    appendFixed16(body, static_cast<uint16_t>(10 + e.name.size() + 1));
-    for (size_t k = 0; k < 4; ++k) body.push_back(k < e.shown.size() ? e.shown[k] : 0);
-    body.insert(body.end(), 6, 0);
+    appendFixed16(body, static_cast<uint16_t>(box::kIndexEntryFixedSize + e.name.size() + 1));
+    for (size_t k = 0; k < box::kIndexEntryShownSize; ++k)
+      body.push_back(k < e.shown.size() ? e.shown[k] : 0);
+    body.insert(body.end(), box::kIndexEntryHiddenSize, 0);
     body.insert(body.end(), e.name.begin(), e.name.end());
     body.push_back(0);
   }

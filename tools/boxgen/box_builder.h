@@ -19,6 +19,8 @@
 #include <string_view>
 #include <vector>
 
+#include "box_writer.h"
+
 namespace boxtest {
 
 using Bytes = std::vector<uint8_t>;
@@ -29,9 +31,6 @@ Bytes encodeLength(uint32_t length);
 // A TIME value from its raw fields (year as years since 1900, month 0-based
 // as the C library counts it).
 Bytes timeValue(unsigned year, unsigned month, unsigned day, unsigned hour, unsigned minute, unsigned second);
-// The body of a normal card: the unexamined word, the stated area length,
-// the encoded lengths and the values.
-Bytes normalBody(const std::vector<Bytes>& values);
 
 void putU16(Bytes& bytes, size_t at, uint16_t value);
 void putU32(Bytes& bytes, size_t at, uint32_t value);

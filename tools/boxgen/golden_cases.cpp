@@ -58,7 +58,7 @@ void steer(BuiltBox& box, size_t deleted, size_t target) {
 
 // A normal card that breaks the size rule by one trailing byte.
 Bytes sizeRuleBroken(const std::string& value) {
-  Bytes body = normalBody({text(value)});
+  Bytes body = normalCardBody({text(value)});
   body.push_back(0);
   return body;
 }
@@ -219,7 +219,7 @@ const Row kRows[] = {
 
   // Card content.
   {"card_size_rule_broken", [] { return brokenCard(1, sizeRuleBroken("Alice")); }},
-  {"card_wrong_area_length", [] { Bytes body = normalBody({text("Alice")}); body[2] = 2; return brokenCard(1, body); }},
+  {"card_wrong_area_length", [] { Bytes body = normalCardBody({text("Alice")}); body[2] = 2; return brokenCard(1, body); }},
   {"card_offset_card_illegal_size", [] { return brokenCard(0xFFF0, Bytes(0x206, 0)); }},
   {"card_offset_card_unusual_size", [] { return brokenCard(0xFFF0, Bytes(0x208, 0)); }},
   {"card_item_length_misfits", [] {

@@ -9,6 +9,7 @@
 #include "address_book.h"
 #include "box_builder.h"
 #include "box_format.h"
+#include "box_writer.h"
 #include "coding.h"
 #include "field_table.h"
 #include "rescue.h"
@@ -121,7 +122,7 @@ KnownBox buildBox(Table table, Rng& rng) {
     const bool deletedRecord = below(rng, 25) == 0;
     b.card(deletedRecord ? 0 : id, values);
     plan.push_back(
-        {deletedRecord ? uint16_t{0} : id, !deletedRecord, deletedRecord, normalBody(values).size()});
+        {deletedRecord ? uint16_t{0} : id, !deletedRecord, deletedRecord, normalCardBody(values).size()});
     if (below(rng, 30) == 0) {
       const uint32_t filler = 8 + below(rng, 60);
       b.garbage(filler);
