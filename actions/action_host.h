@@ -70,4 +70,10 @@ class ActionHost {
   // Busy: the working groups disabled while an action runs; when it ends
   // they are enabled again and the application choice has the focus.
   virtual void setBusy(bool busy) = 0;
+
+  // Whether the host can rescue a box file the collector refuses into a
+  // new one, and the rescue of the box file at path, which starts once the
+  // action that asks for it has ended.  A host without one offers none.
+  virtual bool offersRecovery() const { return false; }
+  virtual void recoverBox(const QString& path) { static_cast<void>(path); }
 };

@@ -9,6 +9,7 @@
 
 #include <QCoreApplication>
 #include <QMessageBox>
+#include <QPushButton>
 
 #include <cstdio>
 #include <cstdlib>
@@ -77,7 +78,8 @@ QStringList refusingFindings(const QByteArray& path) {
   return collector.lines;
 }
 
-// What a failure code of the collector means, for the message's details.
+}  // namespace
+
 QString collectorFailure(int rc, const QString& path) {
   const QString code = QStringLiteral("0x%1").arg(rc, 4, 16, QLatin1Char('0'));
   const QString unchanged = QCoreApplication::translate("Vorn", "The box file is unchanged.");
@@ -114,8 +116,6 @@ QString collectorFailure(int rc, const QString& path) {
           .arg(code);
   }
 }
-
-}  // namespace
 
 int hasSpace(const QString& path) {
   const QByteArray local = localFileName(path);
@@ -239,7 +239,19 @@ void garbageCollectionAction(ActionHost& host) {
                        QCoreApplication::translate("Vorn", "Garbage collection was failed."), QMessageBox::Ok,
                        parent);
     failed.setDetailedText(collectorFailure(rc, path));
+    // A box the collector refuses can still be rescued into a new one.
+    QPushButton* recover =
+        rc == BOX_GC_DAMAGED && host.offersRecovery()
+            ? failed.addButton(QCoreApplication::translate("Vorn", "Recover..."), QMessageBox::ActionRole)
+            : nullptr;
+    if (recover) {
+      recover->setToolTip(QCoreApplication::translate(
+          "Vorn", "Rescue the records of this box into a new box file; this one is only read"));
+      failed.setDefaultButton(QMessageBox::Ok);
+      failed.setEscapeButton(QMessageBox::Ok);
+    }
     failed.exec();
+    if (recover && failed.clickedButton() == recover) host.recoverBox(path);
     return;
   }
 

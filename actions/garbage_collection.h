@@ -25,6 +25,10 @@ int hasSpace(const QString& path);
 int guardedGarbageCollect(const char* path);
 void gcAbortHandler(int signal);
 
+// What a failure code of the collector means for the box file at path, for
+// the details of the message that tells it.
+QString collectorFailure(int rc, const QString& path);
+
 class ActionHost;
 
 // The garbage-collection action over the box file the host selects.

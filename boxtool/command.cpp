@@ -1,9 +1,5 @@
 #include "command.h"
 
-#include <cstdio>
-
-#include "printable.h"
-
 void addProgressOptions(CLI::App* app, Progress::Mode& mode) {
   app->add_flag_callback(
       "--progress", [&mode] { mode = Progress::Mode::kAlways; },
@@ -14,9 +10,4 @@ void addProgressOptions(CLI::App* app, Progress::Mode& mode) {
 
 void addBoxArgument(CLI::App* app, std::string& path, const char* name, const char* help) {
   app->add_option(name, path, help)->required()->type_name("");
-}
-
-int fail(const std::string& path, const std::string& reason, int status) {
-  std::fprintf(stderr, "boxtool: %s: %s\n", printable(path).c_str(), printable(reason).c_str());
-  return status;
 }

@@ -22,9 +22,8 @@ void addProgressOptions(CLI::App* app, Progress::Mode& mode);
 void addBoxArgument(CLI::App* app, std::string& path, const char* name = "BOX",
                     const char* help = "The box file");
 
-// The error exit of a subcommand: "boxtool: PATH: REASON" on standard
-// error, both made printable; returns status.
-int fail(const std::string& path, const std::string& reason, int status);
+// A subcommand's error exit is fail() (printable.h), which its work
+// without the command line shares.
 
 Command addCheckCommand(CLI::App& boxtool);
 Command addInfoCommand(CLI::App& boxtool);

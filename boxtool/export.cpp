@@ -16,9 +16,10 @@
 #include <cstdio>
 #include <memory>
 #include <unordered_map>
+#include <utility>
 
 #include "analysed_file.h"
-#include "command.h"
+#include "export_records.h"
 #include "field_table.h"
 #include "json_text.h"
 #include "output_file.h"
@@ -34,17 +35,7 @@ using namespace std::string_view_literals;
 constexpr int kSchema = 2;
 constexpr size_t kFlushSize = 1 << 16;
 
-struct ExportArguments {
-  std::string format = "json";
-  bool deleted = false;
-  std::string encoding = "UTF-8";
-  std::string output;
-  std::string fieldsFrom;
-  std::string path;
-  Progress::Mode progress = Progress::Mode::kAuto;
-};
-
-// Buffered writing to a stream.
+// Buffered writing to a stream (or, without one, to the buffer alone).
 class Sink {
  public:
   explicit Sink(FILE* out) : out_(out) { buffer_.reserve(kFlushSize * 2); }
@@ -297,11 +288,7 @@ class Exporter {
     const bool csv = args_.format == "csv";
     const bool values = source_.values;
     csv ? csvHead(values) : jsonHead(values);
-    RecordMap map =
-        mapRecords(view_, *a_.chain, fields_, source_.traced.areaStart, {.deleted = args_.deleted && values});
-    // Without a field table no card can be judged by its own bytes: only
-    // the chain's cards are shown.
-    if (!values) std::erase_if(map.records, [](const Record& r) { return r.card < 0; });
+    const RecordMap map = records();
     size_t incomplete = source_.typesLost ? map.records.size() : 0;
     for (size_t n = 0; n < map.records.size(); ++n) {
       if (Progress* p = currentProgress(); p && n % 256 == 0) p->show(n, map.records.size());
@@ -314,7 +301,19 @@ class Exporter {
     return incomplete;
   }
 
- private:
+  RecordMap records() const {
+    RecordMap map = mapRecords(view_, *a_.chain, fields_, source_.traced.areaStart,
+                               {.deleted = args_.deleted && source_.values});
+    // Without a field table no card can be judged by its own bytes: only
+    // the chain's cards are shown.
+    if (!source_.values) std::erase_if(map.records, [](const Record& r) { return r.card < 0; });
+    return map;
+  }
+
+  // The values (or the body in hex) decodeRecord() read last.
+  const std::vector<RecordValue>& values() const { return values_; }
+  const std::string& raw() const { return raw_; }
+
   // Decodes the record's values into values_; false when one is missing or
   // the record is damaged.
   bool decodeRecord(const Record& r, bool withValues) {
@@ -445,6 +444,7 @@ class Exporter {
     out += "\r\n";
   }
 
+ private:
   const Source& source_;
   const ExportArguments& args_;
   ValueDecoder& decoder_;
@@ -499,6 +499,8 @@ int prepare(const ExportArguments& args, const AnalysedFile& file, Source& sourc
   return exit_status::kClean;
 }
 
+}  // namespace
+
 int runExport(const ExportArguments& args) {
   ValueDecoder decoder(args.encoding);
   if (!decoder.usable()) {
@@ -530,20 +532,108 @@ int runExport(const ExportArguments& args) {
   return incomplete || !source.values ? exit_status::kIncomplete : exit_status::kClean;
 }
 
-}  // namespace
+struct RecordListing::Impl {
+  std::shared_ptr<const AnalysedFile> file;
+  ExportArguments args;  // --deleted on, the encoding of the texts
+  Source source;
+  std::unique_ptr<ValueDecoder> decoder;
+  Sink sink{nullptr};                  // holds what exportText() writes
+  std::unique_ptr<Exporter> exporter;  // decodes and writes single records
+  RecordMap map;
+  std::string problem;
+};
 
-Command addExportCommand(CLI::App& boxtool) {
-  auto args = std::make_shared<ExportArguments>();
-  CLI::App* app = boxtool.add_subcommand("export", "The records of a box file as JSON or CSV");
-  app->add_option("--format", args->format, "json (default) or csv")->check(CLI::IsMember({"json", "csv"}));
-  app->add_flag("--deleted", args->deleted, "Add the deleted records the collector has not yet overwritten");
-  app->add_option("--encoding", args->encoding,
-                  "The encoding of the texts (default UTF-8; EUC-JP, SHIFT_JIS, ...)");
-  app->add_option("-o,--output", args->output, "Write to FILE instead of standard output")->type_name("FILE");
-  app->add_option("--fields-from", args->fieldsFrom,
-                  "Read the values with the field table of this box of the same application")
-      ->type_name("SOUND.BOX");
-  addProgressOptions(app, args->progress);
-  addBoxArgument(app, args->path);
-  return {app, [args] { return runExport(*args); }};
+RecordListing::RecordListing(std::shared_ptr<const AnalysedFile> file) : impl_(std::make_unique<Impl>()) {
+  Impl& m = *impl_;
+  m.file = std::move(file);
+  m.args.deleted = true;
+  m.args.path = m.file->path;
+  if (!m.file->analysed()) {
+    m.problem = m.file->reason;
+    return;
+  }
+  // Without --fields-from the only failure is a box too large to trace.
+  if (prepare(m.args, *m.file, m.source) != exit_status::kClean) {
+    m.problem = "the box is too large";
+    return;
+  }
+  m.decoder = std::make_unique<ValueDecoder>(m.args.encoding);
+  m.exporter = std::make_unique<Exporter>(m.source, m.args, *m.decoder, m.sink);
+  m.map = m.exporter->records();
+}
+
+RecordListing::~RecordListing() = default;
+
+const std::string& RecordListing::problem() const { return impl_->problem; }
+const AnalysedFile& RecordListing::box() const { return *impl_->file; }
+const AnalysedFile& RecordListing::trace() const { return impl_->source.trace(); }
+uint64_t RecordListing::areaStart() const { return impl_->source.traced.areaStart; }
+uint32_t RecordListing::original(uint64_t traced) const { return impl_->source.traced.original(traced); }
+bool RecordListing::hasValues() const { return impl_->source.values; }
+const ItemInfo& RecordListing::fields() const { return *trace().analysis->itemInfo; }
+const std::vector<std::string>& RecordListing::notes() const { return impl_->source.notes; }
+const std::string& RecordListing::unreadable() const { return impl_->source.unreadable; }
+const std::vector<Record>& RecordListing::records() const { return impl_->map.records; }
+const RecordMap& RecordListing::map() const { return impl_->map; }
+const std::string& RecordListing::encoding() const { return impl_->args.encoding; }
+const char* RecordListing::stateName(RecordState state) { return ::stateName(state).data(); }
+
+std::vector<std::string> RecordListing::columnNames() const {
+  return ::columnNames(fields(), {"card", "offset", "id", "state", "findings"});
+}
+
+const std::vector<uint32_t>* RecordListing::codes(int32_t card) const {
+  return impl_->exporter ? impl_->exporter->findCodes(card) : nullptr;
+}
+
+bool RecordListing::setEncoding(const std::string& encoding) {
+  Impl& m = *impl_;
+  auto decoder = std::make_unique<ValueDecoder>(encoding);
+  if (!decoder->usable()) return false;
+  m.args.encoding = encoding;
+  if (!m.exporter) return true;
+  m.exporter.reset();
+  m.decoder = std::move(decoder);
+  m.exporter = std::make_unique<Exporter>(m.source, m.args, *m.decoder, m.sink);
+  return true;
+}
+
+const std::vector<RecordValue>& RecordListing::values(size_t n) {
+  impl_->exporter->decodeRecord(impl_->map.records[n], impl_->source.values);
+  return impl_->exporter->values();
+}
+
+const std::string& RecordListing::raw(size_t n) {
+  impl_->exporter->decodeRecord(impl_->map.records[n], impl_->source.values);
+  return impl_->exporter->raw();
+}
+
+std::string RecordListing::exportText(bool csv, const std::vector<size_t>& which) {
+  Impl& m = *impl_;
+  std::string& out = m.sink.buffer();
+  out.clear();
+  const bool values = m.source.values;
+  csv ? m.exporter->csvHead(values) : m.exporter->jsonHead(values);
+  for (size_t k = 0; k < which.size(); ++k) {
+    const Record& r = m.map.records[which[k]];
+    m.exporter->decodeRecord(r, values);
+    csv ? m.exporter->csvRecord(r, values) : m.exporter->jsonRecord(r, values, k == 0);
+  }
+  if (!csv) out += which.empty() ? "]\n}\n" : "\n]\n}\n";
+  return std::exchange(out, std::string());
+}
+
+int RecordListing::write(FILE* out, const ExportArguments& args, std::string& error) const {
+  ValueDecoder decoder(args.encoding);
+  if (!decoder.usable()) {
+    error = "unknown encoding " + args.encoding;
+    return exit_status::kUsage;
+  }
+  Sink sink(out);
+  const size_t incomplete = Exporter(impl_->source, args, decoder, sink).run();
+  if (sink.failed()) {
+    error = sink.error();
+    return exit_status::kNotWritten;
+  }
+  return incomplete || !impl_->source.values ? exit_status::kIncomplete : exit_status::kClean;
 }

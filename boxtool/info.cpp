@@ -7,7 +7,7 @@
 
 #include "analysed_file.h"
 #include "collection.h"
-#include "command.h"
+#include "info_report.h"
 #include "json_text.h"
 #include "printable.h"
 
@@ -16,35 +16,7 @@ namespace {
 constexpr int kSchema = 1;
 constexpr int kLabelWidth = 32;  // where the values of the text form begin
 
-struct Total {
-  const char* label;  // text form
-  const char* key;    // JSON
-  uint32_t stored;
-  uint32_t counted;
-  bool isId;
-};
-
-struct CardClass {
-  const char* label;
-  const char* key;
-  uint64_t count = 0;
-  int64_t bytes = 0;  // the error cards' may be negative: a salvage may shrink a card's size below 0
-  bool part = false;  // a part of the system class, indented in the text form
-};
-
-struct Coverage {
-  size_t runs = 0;
-  uint64_t covered = 0;  // entries the runs declare
-  uint64_t good = 0, bad = 0, empty = 0;
-  uint64_t outside = 0;  // declared entries beyond the end of the file
-};
-
-struct Report {
-  std::vector<Total> totals;
-  std::vector<CardClass> classes;
-  int64_t compactFrees = 0;
-  Coverage coverage;
-};
+}  // namespace
 
 Report makeReport(const AnalysedFile& file) {
   const BoxAnalysis& a = *file.analysis;
@@ -97,6 +69,8 @@ Report makeReport(const AnalysedFile& file) {
   c.empty = c.covered - c.outside - c.good - c.bad;
   return r;
 }
+
+namespace {
 
 // "  label ........ value"
 std::string row(const std::string& label, const std::string& value, int indent = 2) {
@@ -216,10 +190,7 @@ std::string layout(const Json& j) {
   return out + "}\n";
 }
 
-struct InfoArguments {
-  bool json = false;
-  std::string path;
-};
+}  // namespace
 
 int runInfo(const InfoArguments& args) {
   const AnalysedFile file(args.path);
@@ -229,15 +200,4 @@ int runInfo(const InfoArguments& args) {
   writeOut(out);
   flushOutput();
   return exit_status::kClean;
-}
-
-}  // namespace
-
-Command addInfoCommand(CLI::App& boxtool) {
-  auto args = std::make_shared<InfoArguments>();
-  CLI::App* app = boxtool.add_subcommand(
-      "info", "Statistics of a box file: stored and counted totals, cards per class, fields, offset table");
-  app->add_flag("--json", args->json, "One JSON object instead of text");
-  addBoxArgument(app, args->path);
-  return {app, [args] { return runInfo(*args); }};
 }

@@ -51,3 +51,8 @@ std::string outputError() {
   flushOutput();
   return firstOutputError ? std::strerror(firstOutputError) : "";
 }
+
+int fail(const std::string& path, const std::string& reason, int status) {
+  std::fprintf(stderr, "boxtool: %s: %s\n", printable(path).c_str(), printable(reason).c_str());
+  return status;
+}

@@ -31,3 +31,7 @@ void noteOutputError(int error);
 // Why writing to standard output failed ("No space left on device"), or
 // empty when it has not.
 std::string outputError();
+
+// The error exit of a subcommand: "boxtool: PATH: REASON" on standard
+// error, both made printable; returns status.
+int fail(const std::string& path, const std::string& reason, int status);

@@ -22,6 +22,7 @@ Progress::Progress(std::string what, Mode mode)
 Progress::~Progress() { clear(); }
 
 void Progress::show(uint64_t done, uint64_t total, const char* unit) {
+  if (observer_) observer_(done, total);
   if (!enabled_) return;
   const auto now = std::chrono::steady_clock::now();
   if (now - start_ < kQuiet || (shown_ && now - last_ < kInterval)) return;

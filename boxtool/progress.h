@@ -10,6 +10,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "reporter.h"
@@ -30,12 +31,18 @@ class Progress {
   // Erases the line now, before something else is written to the terminal.
   void clear();
 
+  // Tells observer of every show() (done, total), whether or not the
+  // line is shown: for a progress display of its own, a window's.
+  using Observer = std::function<void(uint64_t done, uint64_t total)>;
+  void setObserver(Observer observer) { observer_ = std::move(observer); }
+
  private:
   std::string what_;
   bool enabled_;
   bool shown_ = false;
   std::chrono::steady_clock::time_point start_;
   std::chrono::steady_clock::time_point last_;
+  Observer observer_;
 };
 
 // The progress shown while an analysis runs, or null.

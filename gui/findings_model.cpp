@@ -402,3 +402,15 @@ void FindingsModel::sort(int column, Qt::SortOrder order) {
   changePersistentIndexList(before, after);
   emit layoutChanged({}, QAbstractItemModel::VerticalSortHint);
 }
+
+QModelIndex FindingsModel::cardItem(uint32_t offset, int32_t card) const {
+  QModelIndex first;
+  for (size_t row = 0; tree_ && row < order_.size(); ++row) {
+    if (order_[row] & kPlain) continue;
+    const FindingsTree::Node& node = tree_->nodes[order_[row]];
+    if (node.index < 0 || node.offset != offset) continue;
+    if (node.index == card) return index(static_cast<int>(row), 0);
+    if (!first.isValid()) first = index(static_cast<int>(row), 0);
+  }
+  return first;
+}

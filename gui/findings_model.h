@@ -90,6 +90,9 @@ class FindingsModel : public QAbstractItemModel {
   QString rowText(const QModelIndex& index) const;
   // Every row, children after their item, one a line.
   QString allText() const;
+  // The item of card index card at a file offset, else of the first card at
+  // that offset in the list; an invalid index when the list has neither.
+  QModelIndex cardItem(uint32_t offset, int32_t card = -1) const;
 
   QModelIndex index(int row, int column, const QModelIndex& parent = QModelIndex()) const override;
   QModelIndex parent(const QModelIndex& child) const override;

@@ -246,3 +246,10 @@ void Vorn::setBusy(bool busy) {
   fileGroup->setEnabled(!busy);
   if (!busy) appliCombo->setFocus();
 }
+
+bool Vorn::offersRecovery() const { return static_cast<bool>(recoverRequested); }
+
+void Vorn::recoverBox(const QString& path) {
+  QMetaObject::invokeMethod(
+      this, [this, path] { recoverRequested(path); }, Qt::QueuedConnection);
+}

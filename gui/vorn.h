@@ -51,6 +51,8 @@ class Vorn : public VornBase, public ActionHost {
   // anywhere: the file dialog, a drop, openFile()).
   std::function<void()> lastRunChanged;
   std::function<void(const QString& path)> fileOpened;
+  // The rescue the refusal of Garbage Collection offers; none when unset.
+  std::function<void(const QString& path)> recoverRequested;
 
   // The size a desktop screen opens the window at: the result list shows
   // kDesktopRows rows, and its columns are as wide as findings need.  A
@@ -74,6 +76,8 @@ class Vorn : public VornBase, public ActionHost {
   bool runInBackground(std::function<void()> job) override;
   void analysisDone(uint64_t fileSize, uint32_t cards) override;
   void setBusy(bool busy) override;
+  bool offersRecovery() const override;
+  void recoverBox(const QString& path) override;
 
  protected:
   // A box file dropped onto the window becomes the choice and is analysed.

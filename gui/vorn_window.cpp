@@ -6,6 +6,7 @@
 #include <QComboBox>
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QDockWidget>
 #include <QFileDialog>
 #include <QFontDatabase>
 #include <QHeaderView>
@@ -15,10 +16,13 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QProcess>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QSaveFile>
+#include <QScreen>
 #include <QSettings>
 #include <QStatusBar>
+#include <QTableView>
 #include <QTextBrowser>
 #include <QTimer>
 #include <QTreeView>
@@ -30,9 +34,15 @@
 
 #include "action_lock.h"
 #include "background_run.h"
+#include "box_contents.h"
 #include "check_json.h"
 #include "findings_model.h"
 #include "local_path.h"
+#include "map_view.h"
+#include "records_model.h"
+#include "records_page.h"
+#include "result_reporter.h"
+#include "statistics_page.h"
 #include "vorn.h"
 
 VornWindow::SaveFileDialog VornWindow::saveFileDialog = [](QWidget* parent, const QString& caption,
@@ -46,6 +56,7 @@ namespace {
 // The program's settings, which the selector keeps its last directory in too.
 QSettings settings() { return QSettings(QStringLiteral("vorn"), QStringLiteral("vorn")); }
 const QString kGeometryKey = QStringLiteral("window/geometry");
+const QString kStateKey = QStringLiteral("window/docks");
 const QString kRecentKey = QStringLiteral("recentFiles");
 const QString kChoiceEntryKey = QStringLiteral("lastFile/entry");
 const QString kChoiceStorageKey = QStringLiteral("lastFile/storage");
@@ -80,14 +91,25 @@ VornWindow::VornWindow(QWidget* parent) : QMainWindow(parent), form(new Vorn(thi
   cancelButton->setObjectName(QStringLiteral("cancelButton"));
   cancelButton->setToolTip(tr("Stop waiting for the analysis (Escape)"));
   cancelButton->hide();
+  jobProgress = new QProgressBar(this);
+  jobProgress->setObjectName(QStringLiteral("jobProgress"));
+  jobProgress->setRange(0, 300);
+  jobProgress->setTextVisible(false);
+  jobProgress->setMaximumWidth(160);
+  jobProgress->hide();
+  jobRunner = new BackgroundRun(this, jobProgress);
   statusBar()->addWidget(verdictLabel, 1);
   statusBar()->addPermanentWidget(fileLabel);
+  statusBar()->addPermanentWidget(jobProgress);
   statusBar()->addPermanentWidget(cancelButton);
-  form->runner->setCancelButton(cancelButton);
-  connect(cancelButton, &QPushButton::clicked, form->runner, &BackgroundRun::cancel);
-  connect(form->runner, &BackgroundRun::runningChanged, this, &VornWindow::runningChanged);
+  for (BackgroundRun* runner : {form->runner, jobRunner}) {
+    runner->setCancelButton(cancelButton);
+    connect(cancelButton, &QPushButton::clicked, runner, &BackgroundRun::cancel);
+    connect(runner, &BackgroundRun::runningChanged, this, &VornWindow::runningChanged);
+  }
 
   buildMenus();
+  buildDocks();
   form->result->setSelectionMode(QAbstractItemView::ExtendedSelection);
   form->result->setContextMenuPolicy(Qt::CustomContextMenu);
   connect(form->result, &QWidget::customContextMenuRequested, this, [this](const QPoint& at) {
@@ -107,6 +129,7 @@ VornWindow::VornWindow(QWidget* parent) : QMainWindow(parent), form(new Vorn(thi
 
   form->lastRunChanged = [this] { showLastRun(); };
   form->fileOpened = [this](const QString& path) { addRecent(path); };
+  form->recoverRequested = [this](const QString& path) { recoverBox(path); };
 
   for (const QVariant& path : settings().value(kRecentKey).toList())
     recent_ << fromLocalFileName(path.toByteArray());
@@ -122,6 +145,8 @@ void VornWindow::buildMenus() {
   openAction->setShortcut(QKeySequence::Open);
   recentMenu = file->addMenu(tr("Open &Recent"));
   recentMenu->setObjectName(QStringLiteral("recentMenu"));
+  exportAction = file->addAction(tr("&Export Records..."), this, &VornWindow::exportRecords);
+  exportAction->setToolTip(tr("Write the records of the box file as JSON or CSV, as boxtool export does"));
   saveAction = file->addAction(tr("&Save Findings..."), this, &VornWindow::saveFindings);
   saveAction->setShortcut(QKeySequence::Save);
   file->addSeparator();
@@ -134,6 +159,21 @@ void VornWindow::buildMenus() {
   copyAction->setToolTip(tr("Copy the selected rows, or every row when none is selected"));
   copyAllAction = edit->addAction(tr("Copy &All"), this, [this] { copyRows(true); });
   copyAllAction->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_C));
+  edit->addSeparator();
+  recordCopies_ = edit;
+
+  viewMenu_ = menuBar()->addMenu(tr("Vie&w"));
+  QMenu* tools = menuBar()->addMenu(tr("&Tools"));
+  recoverAction = tools->addAction(tr("&Recover..."), this, [this] { recoverBox(); });
+  recoverAction->setToolTip(
+      tr("Write a new, sound box from everything in a damaged box that can be read, as boxtool recover "
+         "does"));
+  compactAction = tools->addAction(tr("&Compact..."), this, &VornWindow::compactBox);
+  compactAction->setToolTip(
+      tr("Drop the deleted cards with the box library's collector, as boxtool compact does, after "
+         "showing what it would drop"));
+  tools->setToolTipsVisible(true);
+  file->setToolTipsVisible(true);
 
   QMenu* help = menuBar()->addMenu(tr("&Help"));
   manualAction = help->addAction(tr("vorn &Manual"), this, &VornWindow::showManual);
@@ -145,11 +185,73 @@ void VornWindow::buildMenus() {
   copyAction->setShortcutContext(Qt::WindowShortcut);
 }
 
+void VornWindow::buildDocks() {
+  recordsPage = new RecordsPage(this);
+  recordsDock = new QDockWidget(tr("Records"), this);
+  recordsDock->setObjectName(QStringLiteral("recordsDock"));
+  recordsDock->setWidget(recordsPage);
+  statisticsPage = new StatisticsPage(this);
+  statisticsDock = new QDockWidget(tr("Statistics"), this);
+  statisticsDock->setObjectName(QStringLiteral("statisticsDock"));
+  statisticsDock->setWidget(statisticsPage);
+  auto* map = new QWidget(this);
+  mapView = new MapView(map);
+  mapLegend = new MapLegend(map);
+  auto* mapLayout = new QVBoxLayout(map);
+  mapLayout->setContentsMargins(2, 2, 2, 2);
+  mapLayout->addWidget(mapView, 1);
+  mapLayout->addWidget(mapLegend);
+  mapDock = new QDockWidget(tr("Map"), this);
+  mapDock->setObjectName(QStringLiteral("mapDock"));
+  mapDock->setWidget(map);
+
+  // The map runs under the whole window; records and statistics share the
+  // right side.
+  setCorner(Qt::BottomRightCorner, Qt::BottomDockWidgetArea);
+  setCorner(Qt::BottomLeftCorner, Qt::BottomDockWidgetArea);
+  addDockWidget(Qt::RightDockWidgetArea, recordsDock);
+  addDockWidget(Qt::RightDockWidgetArea, statisticsDock);
+  tabifyDockWidget(recordsDock, statisticsDock);
+  recordsDock->raise();
+  addDockWidget(Qt::BottomDockWidgetArea, mapDock);
+  for (QDockWidget* dock : {recordsDock, mapDock, statisticsDock})
+    viewMenu_->addAction(dock->toggleViewAction());
+  // A handheld's screen has no room beside the form.
+  if (const QScreen* s = screen(); s && s->size().width() <= 640 && s->size().height() <= 640) {
+    for (QDockWidget* dock : {recordsDock, mapDock, statisticsDock}) dock->hide();
+  }
+
+  // Docks that are all closed load nothing until one is opened again.
+  for (QDockWidget* dock : {recordsDock, mapDock, statisticsDock}) {
+    connect(dock, &QDockWidget::visibilityChanged, this, [this](bool visible) {
+      if (visible) QTimer::singleShot(0, this, &VornWindow::loadPendingContents);
+    });
+  }
+  recordCopies_->addActions({recordsPage->copyCsvAction, recordsPage->copyJsonAction});
+  connect(mapView, &MapView::segmentClicked, this, &VornWindow::chooseSegment);
+  connect(recordsPage, &RecordsPage::recordChosen, this, [this](size_t n) {
+    if (!contents_) return;
+    const Record& r = contents_->listing->records()[n];
+    mapView->setMarked(contents_->listing->original(r.offset), contents_->listing->original(r.end));
+  });
+  showContents(nullptr);
+}
+
 void VornWindow::openFile(const QString& path) { form->openFile(path); }
 
 bool VornWindow::restoreWindowGeometry() {
   const QByteArray geometry = settings().value(kGeometryKey).toByteArray();
-  return !geometry.isEmpty() && restoreGeometry(geometry);
+  if (geometry.isEmpty() || !restoreGeometry(geometry)) return false;
+  docksPlaced_ = restoreState(settings().value(kStateKey).toByteArray());
+  return true;
+}
+
+void VornWindow::showEvent(QShowEvent* event) {
+  QMainWindow::showEvent(event);
+  if (docksPlaced_) return;
+  docksPlaced_ = true;
+  // The records take two fifths of a window of their own.
+  resizeDocks({recordsDock}, {width() * 2 / 5}, Qt::Horizontal);
 }
 
 QString VornWindow::verdictText(unsigned critical, unsigned errors, unsigned warnings) {
@@ -170,6 +272,9 @@ void VornWindow::showLastRun() {
       fileLabel->setText(tr("%1: %2 bytes, %3 cards")
                              .arg(shownFileName(fileName(run.path)), QLocale().toString(qulonglong(run.size)),
                                   QLocale().toString(run.cards)));
+      // The docks follow once the action has ended.
+      pendingContents_ = run.path;
+      QTimer::singleShot(0, this, &VornWindow::loadPendingContents);
       break;
     case RunSummary::kCancelled:
       verdictLabel->setText(tr("Analysis cancelled"));
@@ -215,6 +320,11 @@ void VornWindow::showRecent() {
 }
 
 void VornWindow::copyRows(bool all) {
+  // In the records table, the selected records as the export writes them.
+  if (!all && recordsPage->table->hasFocus()) {
+    recordsPage->copyCsvAction->trigger();
+    return;
+  }
   const FindingsModel* model = form->resultModel;
   QModelIndexList rows = form->result->selectionModel()->selectedRows();
   QString text;
@@ -310,6 +420,7 @@ void VornWindow::showAbout() {
 void VornWindow::runningChanged(bool running) {
   cancelButton->setVisible(running);
   menuBar()->setEnabled(!running);
+  if (!running) jobProgress->hide();
 }
 
 void VornWindow::rememberChoice() {
@@ -343,5 +454,6 @@ void VornWindow::closeEvent(QCloseEvent* event) {
   }
   rememberChoice();
   settings().setValue(kGeometryKey, saveGeometry());
+  settings().setValue(kStateKey, saveState());
   event->accept();
 }

@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
 # Starts vorn under Xvfb on a desktop-sized screen as a new user would (a
-# temporary HOME with box files in Applications/bxd/), analyses the address
-# book with Verbose on, opens the box header, the item info and the card
-# with findings, and saves a screenshot of the window: once in English, once
-# in Japanese (LANG=ja_JP.UTF-8, with a Japanese font).
+# temporary HOME with box files in Applications/bxd/), opens the damaged
+# sample GARBAGE.BOX as "Open with" does, clicks on the map where the
+# trace salvaged past a broken card (its findings open in the result list,
+# its record is chosen in the records table), hovers there, and saves a
+# screenshot of the window with the map's tooltip: once in English, once in
+# Japanese (LANG=ja_JP.UTF-8, with a Japanese font).
 #
 #   tools/screenshot.sh [OUT.png [OUT-ja.png]]
 #                       (default docs/screenshot.png docs/screenshot-ja.png)
@@ -24,33 +26,32 @@ cleanup() {
 }
 trap cleanup EXIT
 mkdir -p "$home/Applications/bxd"
-cp "$build/samples/VALUES.BOX" "$home/Applications/bxd/KQADRS.BOX"
-cp "$build/samples/KQADRS.BOX" "$home/Applications/bxd/kqadrs_copy.box"
+cp "$build/samples/GARBAGE.BOX" "$home/Applications/bxd/GARBAGE.BOX"
+width=1280
+height=960
 
-Xvfb "$display" -screen 0 1280x1024x24 -nolisten tcp >/dev/null 2>&1 &
+Xvfb "$display" -screen 0 "${width}x1024x24" -nolisten tcp >/dev/null 2>&1 &
 xvfb_pid=$!
 export DISPLAY="$display"
 for _ in $(seq 50); do xdpyinfo >/dev/null 2>&1 && break; sleep 0.1; done
 
 # shoot LANG OUT: one run of the window in that language, its picture in OUT.
 shoot() {
-  HOME="$home" LANG="$1" LANGUAGE="" LC_ALL="" "$build/app/vorn" >/dev/null 2>&1 &
+  HOME="$home" LANG="$1" LANGUAGE="" LC_ALL="" "$build/app/vorn" -qcop "$home/Applications/bxd/GARBAGE.BOX" \
+    >/dev/null 2>&1 &
   vorn_pid=$!
   local window
-  window="$(xdotool search --sync --name 'Vorn2 ver1.0' | head -n 1)"
-  xdotool windowmove --sync "$window" 0 0 windowfocus --sync "$window"
+  window="$(xdotool search --sync --name 'GARBAGE.BOX - Vorn2 ver1.0' | head -n 1)"
+  xdotool windowmove --sync "$window" 0 0 windowsize --sync "$window" "$width" "$height"
+  sleep 1.5
+  # The stretch the trace salvaged past is the map's only orange one.
+  local at
+  at="$(import -window root -crop "${width}x${height}+0+0" txt:- | grep -m 1 'srgb(255,152,0)' | cut -d: -f1)"
+  xdotool mousemove "${at%,*}" "${at#*,}" click 1
   sleep 0.5
-  # The focus starts on "delete Index File"; the chain runs on through Exec
-  # to the application choice (Down: AddressBook), the analyse-only box,
-  # the list, Verbose, Noisy, Debug, BXD and Exec.
-  xdotool key Tab Tab Down Tab Tab Tab space Tab Tab Tab Tab space
-  sleep 1
-  # From the application choice into the list: open the card with findings
-  # (the last row, red), the offset table (two rows up) and the box header,
-  # and leave the cursor on the first row.
-  xdotool key Tab Tab End Right Up Up Right Home Down Right Home
-  sleep 0.5
-  import -window "$window" "$2"
+  xdotool mousemove "$((${at%,*} + 1))" "${at#*,}"
+  sleep 1.5
+  import -window root -crop "${width}x${height}+0+0" "$2"
   kill "$vorn_pid"
   wait "$vorn_pid" 2>/dev/null || true
   echo "wrote $2"
