@@ -39,6 +39,7 @@ struct ExportArguments {
   bool deleted = false;
   std::string encoding = "UTF-8";
   std::string output;
+  bool force = false;
   std::string fieldsFrom;
   std::string path;
   Progress::Mode progress = Progress::Mode::kAuto;
@@ -508,6 +509,8 @@ int runExport(const ExportArguments& args) {
   if (!args.output.empty() && sameFile(args.output, args.path)) {
     return fail(args.output, "is the box itself; the box is never written", exit_status::kNotWritten);
   }
+  if (!args.output.empty() && !args.force && isReadOnlyFile(args.output))
+    return fail(args.output, "is read-only; give --force to replace it", exit_status::kNotWritten);
   Progress progress("export", args.progress);
   setCurrentProgress(&progress);
   const AnalysedFile file(args.path);
@@ -540,6 +543,7 @@ Command addExportCommand(CLI::App& boxtool) {
   app->add_option("--encoding", args->encoding,
                   "The encoding of the texts (default UTF-8; EUC-JP, SHIFT_JIS, ...)");
   app->add_option("-o,--output", args->output, "Write to FILE instead of standard output")->type_name("FILE");
+  app->add_flag("-f,--force", args->force, "Replace FILE also when it is read-only");
   app->add_option("--fields-from", args->fieldsFrom,
                   "Read the values with the field table of this box of the same application")
       ->type_name("SOUND.BOX");

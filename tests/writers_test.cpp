@@ -1,0 +1,332 @@
+// The writers of boxtool (export -o, recover, compact and its backup) and
+// the files they write into: devices, FIFOs and links are never replaced,
+// read-only files only with --force, every failure names its cause, and
+// no temporary is left behind.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <thread>
+
+#include "box_builder.h"
+#include "command.h"
+#include "golden.h"
+#include "output_file.h"
+#include "run_vorn.h"
+
+using namespace boxtest;
+using Args = std::vector<std::string>;
+
+namespace {
+
+struct stat statOf(const std::string& path, bool follow = true) {
+  struct stat st {};
+  if (follow) {
+    stat(path.c_str(), &st);
+  } else {
+    lstat(path.c_str(), &st);
+  }
+  return st;
+}
+
+// The names in dir that begin with a dot: the writers' temporaries.
+std::vector<std::string> hidden(const std::string& dir) {
+  std::vector<std::string> names;
+  for (const auto& e : std::filesystem::directory_iterator(dir)) {
+    const std::string name = e.path().filename();
+    if (name[0] == '.') names.push_back(name);
+  }
+  return names;
+}
+
+// What stands at OUT before a writer runs.
+enum class Target { kNothing, kFile, kReadOnly, kLink, kDanglingLink, kFifo, kSocket };
+
+struct TargetCase {
+  const char* name;
+  Args args;  // run in the box's directory; OUT names the target
+  Target target;
+  int status;
+  std::string err;
+  bool written;  // the new bytes reached what OUT leads to
+};
+
+void PrintTo(const TargetCase& c, std::ostream* os) { *os << c.name; }
+
+class WriterTarget : public testing::TestWithParam<TargetCase> {};
+
+TEST_P(WriterTarget, IsWrittenThroughOrRefusedNeverReplaced) {
+  const TargetCase& c = GetParam();
+  TempBox box(goldenBytes("KQADRS.box"), "KQADRS.BOX");
+  const std::string out = box.dir() + "/OUT";
+  const std::string file = box.dir() + "/FILE";
+  const std::string old = "old contents";
+  switch (c.target) {
+    case Target::kNothing:
+      break;
+    case Target::kFile:
+    case Target::kReadOnly:
+      ASSERT_TRUE(writeFile(out, Bytes(old.begin(), old.end())));
+      ASSERT_EQ(chmod(out.c_str(), c.target == Target::kReadOnly ? 0444 : 0640), 0);
+      break;
+    case Target::kLink:
+      ASSERT_TRUE(writeFile(file, Bytes(old.begin(), old.end())));
+      ASSERT_EQ(chmod(file.c_str(), 0600), 0);
+      [[fallthrough]];
+    case Target::kDanglingLink:
+      ASSERT_EQ(symlink("FILE", out.c_str()), 0);
+      break;
+    case Target::kFifo:
+      ASSERT_EQ(mkfifo(out.c_str(), 0600), 0);
+      break;
+    case Target::kSocket: {
+      const int s = socket(AF_UNIX, SOCK_STREAM, 0);
+      sockaddr_un address{};
+      address.sun_family = AF_UNIX;
+      std::strncpy(address.sun_path, out.c_str(), sizeof address.sun_path - 1);
+      ASSERT_EQ(bind(s, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+      close(s);
+      break;
+    }
+  }
+  const struct stat before = statOf(out, false);
+  std::string fromFifo;
+  std::thread reader;
+  if (c.target == Target::kFifo) reader = std::thread([&] { fromFifo = readWholeFile(out); });
+  const RunResult r = runBoxtool(c.args, box.dir());
+  if (reader.joinable()) reader.join();
+  EXPECT_EQ(r.status, c.status) << r.err;
+  EXPECT_EQ(r.err, c.err);
+  EXPECT_TRUE(hidden(box.dir()).empty());
+
+  const struct stat after = statOf(out, false);
+  const std::string reached = c.target == Target::kFifo   ? fromFifo
+                              : c.target == Target::kLink ? readWholeFile(file)
+                                                          : readWholeFile(out);
+  EXPECT_EQ(!reached.empty() && reached != old, c.written) << reached.substr(0, 40);
+  if (c.target == Target::kNothing) return;
+  // The same kind of file at OUT, with the same permissions.
+  EXPECT_EQ(after.st_mode, before.st_mode);
+  if (c.target == Target::kLink) {
+    EXPECT_EQ(statOf(file).st_mode & 07777, 0600u);
+  }
+}
+
+const char* const kReadOnly = "boxtool: OUT: is read-only; give --force to replace it\n";
+
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(
+    Rows, WriterTarget,
+    testing::Values(
+        TargetCase{"export_new_file", {"export", "-o", "OUT", "KQADRS.BOX"}, Target::kNothing, 0, "", true},
+        TargetCase{"export_replaces_a_file_keeping_its_mode", {"export", "-o", "OUT", "KQADRS.BOX"}, Target::kFile, 0, "", true},
+        TargetCase{"export_refuses_a_read_only_file", {"export", "-o", "OUT", "KQADRS.BOX"}, Target::kReadOnly, 4, kReadOnly, false},
+        TargetCase{"export_forced_over_a_read_only_file", {"export", "-f", "-o", "OUT", "KQADRS.BOX"}, Target::kReadOnly, 0, "", true},
+        TargetCase{"export_through_a_link", {"export", "-o", "OUT", "KQADRS.BOX"}, Target::kLink, 0, "", true},
+        TargetCase{"export_into_a_fifo", {"export", "--format", "csv", "-o", "OUT", "KQADRS.BOX"}, Target::kFifo, 0, "", true},
+        TargetCase{"export_refuses_a_dangling_link", {"export", "-o", "OUT", "KQADRS.BOX"}, Target::kDanglingLink, 4,
+                   "boxtool: OUT: is a symbolic link that leads to no file\n", false},
+        TargetCase{"export_refuses_a_socket", {"export", "-o", "OUT", "KQADRS.BOX"}, Target::kSocket, 4,
+                   "boxtool: OUT: is a socket, which is never written\n", false},
+        TargetCase{"recover_refuses_a_link_without_force", {"recover", "KQADRS.BOX", "OUT"}, Target::kLink, 4,
+                   "boxtool: OUT: exists; give --force to replace it\n", false},
+        TargetCase{"recover_forced_through_a_link", {"recover", "--force", "KQADRS.BOX", "OUT"}, Target::kLink, 0, "", true},
+        TargetCase{"recover_forced_over_a_read_only_file", {"recover", "--force", "KQADRS.BOX", "OUT"}, Target::kReadOnly, 0, "", true}),
+    [](const testing::TestParamInfo<TargetCase>& info) { return info.param.name; });
+// clang-format on
+
+TEST(WriterTarget, DeviceIsWrittenNotReplaced) {
+  TempBox box(goldenBytes("KQADRS.box"), "KQADRS.BOX");
+  const struct stat before = statOf("/dev/null");
+  const RunResult r = runBoxtool({"export", "-o", "/dev/null", "KQADRS.BOX"}, box.dir());
+  EXPECT_EQ(r.status, 0) << r.err;
+  const struct stat after = statOf("/dev/null");
+  EXPECT_TRUE(S_ISCHR(after.st_mode) && after.st_ino == before.st_ino && after.st_rdev == before.st_rdev);
+}
+
+// A writer's file operation that fails with a given errno at its n-th call.
+int failAt = 0;
+int failErrno = 0;
+int calls = 0;
+bool failing() { return ++calls == failAt; }
+ssize_t failingWrite(int fd, const void* b, size_t n) {
+  return failing() ? (errno = failErrno, -1) : ::write(fd, b, n);
+}
+int failingFsync(int fd) { return failing() ? (errno = failErrno, -1) : ::fsync(fd); }
+int failingRename(int dir, const char* a, const char* b) {
+  return failing() ? (errno = failErrno, -1) : ::renameat(dir, a, dir, b);
+}
+int failingLink(int dir, const char* a, const char* b) {
+  return failing() ? (errno = failErrno, -1) : ::linkat(dir, a, dir, b, 0);
+}
+
+enum class Call { kWrite, kFsync, kRename, kLink };
+
+// Runs boxtool's writers in this process, so that their file operations go
+// through the test's; returns the exit status, standard error in err.
+int runInProcess(const Args& args, std::string& err) {
+  CLI::App app("", "boxtool");
+  const std::vector<Command> commands = {addExportCommand(app), addRecoverCommand(app),
+                                         addCompactCommand(app)};
+  std::vector<const char*> argv = {"boxtool"};
+  for (const std::string& a : args) argv.push_back(a.c_str());
+  app.parse(static_cast<int>(argv.size()), argv.data());
+  testing::internal::CaptureStderr();
+  int status = -1;
+  for (const Command& command : commands) {
+    if (command.app->parsed()) status = command.run();
+  }
+  std::fflush(stdout);
+  err = testing::internal::GetCapturedStderr();
+  return status;
+}
+
+struct FailureCase {
+  const char* name;
+  Args args;  // BOX and OUT are replaced by their paths
+  Call call;
+  int at;  // the failing call's number
+  int error;
+  std::string err;  // with BOX or OUT for the path named
+  bool lockBox;     // another process holds the box's lock
+};
+
+void PrintTo(const FailureCase& c, std::ostream* os) { *os << c.name; }
+
+class WriterFailure : public testing::TestWithParam<FailureCase> {};
+
+TEST_P(WriterFailure, NamesItsCauseAndLeavesNothing) {
+  const FailureCase& c = GetParam();
+  TempBox box(goldenBytes("KQADRS.box"), "KQADRS.BOX");
+  const std::string out = box.dir() + "/OUT";
+  Args args = c.args;
+  for (std::string& a : args) {
+    if (a == "BOX" || a == "OUT") a = a == "BOX" ? box.path() : out;
+  }
+  const int locked = open(box.path().c_str(), O_RDONLY | O_CLOEXEC);
+  if (c.lockBox) {
+    ASSERT_EQ(flock(locked, LOCK_EX | LOCK_NB), 0);
+  }
+
+  const FileCalls real = fileCalls;
+  calls = 0;
+  failAt = c.at;
+  failErrno = c.error;
+  switch (c.call) {
+    case Call::kWrite:
+      fileCalls.write = failingWrite;
+      break;
+    case Call::kFsync:
+      fileCalls.fsync = failingFsync;
+      break;
+    case Call::kRename:
+      fileCalls.rename = failingRename;
+      break;
+    case Call::kLink:
+      fileCalls.link = failingLink;
+      break;
+  }
+  std::string err;
+  const int status = runInProcess(args, err);
+  fileCalls = real;
+  close(locked);
+
+  std::string expected = c.err;
+  const size_t at =
+      expected.find(" BOX") != std::string::npos ? expected.find(" BOX") : expected.find(" OUT");
+  expected.replace(at + 1, 3, expected.compare(at + 1, 3, "BOX") == 0 ? box.path() : out);
+  EXPECT_EQ(status, 4);
+  EXPECT_EQ(err, expected);
+  EXPECT_TRUE(fileBytes(box.path()) == goldenBytes("KQADRS.box"));
+  EXPECT_FALSE(pathExists(out));
+  EXPECT_FALSE(pathExists(box.path() + ".bak"));
+  EXPECT_TRUE(hidden(box.dir()).empty());
+}
+
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(
+    Rows, WriterFailure,
+    testing::Values(
+        FailureCase{"export_disk_full", {"export", "-o", "OUT", "BOX"}, Call::kFsync, 1, ENOSPC,
+                    "boxtool: OUT: No space left on device\n", false},
+        FailureCase{"recover_disk_full", {"recover", "BOX", "OUT"}, Call::kWrite, 2, ENOSPC,
+                    "boxtool: OUT: No space left on device\n", false},
+        FailureCase{"recover_link_refused", {"recover", "BOX", "OUT"}, Call::kLink, 1, EACCES,
+                    "boxtool: OUT: Permission denied\n", false},
+        FailureCase{"backup_disk_full", {"compact", "--backup", "BOX"}, Call::kWrite, 1, ENOSPC,
+                    "boxtool: BOX.bak: No space left on device\n", false},
+        FailureCase{"compact_disk_full", {"compact", "BOX"}, Call::kWrite, 3, ENOSPC,
+                    "boxtool: BOX: the compacted box could not be written: No space left on device; the box is "
+                    "unchanged\n", false},
+        FailureCase{"compact_rename_refused", {"compact", "BOX"}, Call::kRename, 1, ENAMETOOLONG,
+                    "boxtool: BOX: the compacted box could not replace the box: File name too long; the box is "
+                    "unchanged\n", false},
+        FailureCase{"compact_of_a_locked_box", {"compact", "--backup", "BOX"}, Call::kWrite, 0, 0,
+                    "boxtool: BOX: another program is writing this box; the box is unchanged\n", true}),
+    [](const testing::TestParamInfo<FailureCase>& info) { return info.param.name; });
+// clang-format on
+
+// Names as long as a file name may be, and a path near the longest a path
+// may be: the temporaries beside them fit too.
+struct LongName {
+  const char* name;
+  size_t nameLength;
+  size_t depth;  // directories of 200 bytes between
+  Args args;     // BOX and OUT replaced by the paths
+};
+
+void PrintTo(const LongName& c, std::ostream* os) { *os << c.name; }
+
+class LongNames : public testing::TestWithParam<LongName> {};
+
+TEST_P(LongNames, AreWritten) {
+  const LongName& c = GetParam();
+  TempBox box(goldenBytes("KQADRS.box"), "KQADRS.BOX");
+  std::string dir = box.dir();
+  for (size_t i = 0; i < c.depth; ++i) {
+    dir += "/" + std::string(200, 'd');
+    ASSERT_EQ(mkdir(dir.c_str(), 0700), 0);
+  }
+  const std::string path = dir + "/" + std::string(c.nameLength - 4, 'K') + ".box";
+  ASSERT_TRUE(writeFile(path, goldenBytes("KQADRS.box")));
+  const std::string out = dir + "/" + std::string(c.nameLength, 'O');
+  Args args = c.args;
+  for (std::string& a : args) {
+    if (a == "BOX" || a == "OUT") a = a == "BOX" ? path : out;
+  }
+  const RunResult r = runBoxtool(args);
+  EXPECT_EQ(r.status, 0) << r.err;
+  EXPECT_TRUE(hidden(dir).empty());
+  EXPECT_TRUE(args[0] == "compact" ? fileBytes(path) != goldenBytes("KQADRS.box") : pathExists(out));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, LongNames,
+    testing::Values(LongName{"export_name_max", NAME_MAX, 0, {"export", "-o", "OUT", "BOX"}},
+                    LongName{"recover_name_max", NAME_MAX, 0, {"recover", "BOX", "OUT"}},
+                    LongName{"compact_name_max", NAME_MAX, 0, {"compact", "BOX"}},
+                    LongName{"compact_deep_path", 250, 19, {"compact", "BOX"}}),
+    [](const testing::TestParamInfo<LongName>& info) { return info.param.name; });
+
+// A full disk for real: a file-size limit ends the write with EFBIG.
+TEST(WriterFailure, FileSizeLimitIsNamed) {
+  TempBox box(goldenBytes("KQADRS.box"), "KQADRS.BOX");
+  const RunResult r = runProgram("/bin/sh",
+                                 {"-c", std::string("ulimit -f 8; trap '' XFSZ; exec ") + boxtoolProgram() +
+                                            " export -o OUT KQADRS.BOX"},
+                                 false, box.dir());
+  EXPECT_EQ(r.status, 4);
+  EXPECT_EQ(r.err, "boxtool: OUT: File too large\n");
+  EXPECT_FALSE(pathExists(box.dir() + "/OUT"));
+  EXPECT_TRUE(hidden(box.dir()).empty());
+}
+
+}  // namespace
