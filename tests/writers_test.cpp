@@ -329,4 +329,40 @@ TEST(WriterFailure, FileSizeLimitIsNamed) {
   EXPECT_TRUE(hidden(box.dir()).empty());
 }
 
+// A box that shrinks while export reads its values: what was read before
+// goes out, nothing after, and export says why.  The reader of the FIFO
+// cuts the box once the first piece of the output has arrived.  The box is
+// larger than what boxtool reads into memory, so that it is mapped.
+TEST(ExportOfAShrinkingBox, WritesNoValueItDidNotRead) {
+  BoxBuilder b;
+  b.field(1, "NAME", "Name");
+  for (unsigned id = 1; id <= 6000; ++id) {
+    b.card(static_cast<uint16_t>(id), {text("Card " + std::to_string(id) + std::string(200, '.'))});
+    if (id % 400 == 0) b.offsetCard();
+  }
+  TempBox box(b.terminator().build().bytes, "BIG.BOX");
+  const std::string out = box.dir() + "/OUT";
+  ASSERT_EQ(mkfifo(out.c_str(), 0600), 0);
+  std::string arrived;
+  int cut = -1;
+  std::thread reader([&] {
+    std::FILE* f = std::fopen(out.c_str(), "rb");
+    char piece[4096];
+    for (size_t n; (n = std::fread(piece, 1, sizeof piece, f)) > 0;) {
+      if (arrived.empty()) cut = truncate(box.path().c_str(), 4096);
+      arrived.append(piece, n);
+    }
+    std::fclose(f);
+  });
+  const RunResult r = runBoxtool({"export", "--format", "csv", "-o", "OUT", "BIG.BOX"}, box.dir());
+  reader.join();
+  ASSERT_EQ(cut, 0);
+  EXPECT_EQ(r.status, 8);
+  EXPECT_EQ(r.err, "boxtool: BIG.BOX: the file shrank while it was being read\n");
+  std::vector<std::vector<std::string>> rows = parseCsv(arrived.substr(0, arrived.rfind("\r\n") + 2));
+  ASSERT_GT(rows.size(), 1u);
+  ASSERT_LT(rows.size(), 6001u);
+  for (size_t k = 1; k < rows.size(); ++k) EXPECT_EQ(rows[k].back(), "Card " + rows[k][2] + std::string(200, '.')) << k;
+}
+
 }  // namespace
