@@ -362,7 +362,70 @@ TEST(ExportOfAShrinkingBox, WritesNoValueItDidNotRead) {
   std::vector<std::vector<std::string>> rows = parseCsv(arrived.substr(0, arrived.rfind("\r\n") + 2));
   ASSERT_GT(rows.size(), 1u);
   ASSERT_LT(rows.size(), 6001u);
-  for (size_t k = 1; k < rows.size(); ++k) EXPECT_EQ(rows[k].back(), "Card " + rows[k][2] + std::string(200, '.')) << k;
+  for (size_t k = 1; k < rows.size(); ++k)
+    EXPECT_EQ(rows[k].back(), "Card " + rows[k][2] + std::string(200, '.')) << k;
 }
+
+// A writer ended by a signal while its temporary lives: the signals that
+// ask a program to end remove it and end the writer as the signal would;
+// what a kill leaves, the next writer of the target clears; an ignored
+// signal stays ignored.
+struct Interruption {
+  const char* name;
+  int signal;
+  bool ignored;     // the writer ignores the signal (as under nohup)
+  bool leftBehind;  // the temporary is still there after the writer ended
+};
+
+void PrintTo(const Interruption& c, std::ostream* os) { *os << c.name; }
+
+class InterruptedWriter : public testing::TestWithParam<Interruption> {};
+
+TEST_P(InterruptedWriter, LeavesNoTemporary) {
+  const Interruption& c = GetParam();
+  TempBox box(goldenBytes("KQADRS.box"), "KQADRS.BOX");
+  const std::string out = box.dir() + "/OUT";
+  int ready[2];
+  ASSERT_EQ(pipe(ready), 0);
+  const pid_t writer = fork();
+  if (writer == 0) {
+    if (c.ignored) signal(c.signal, SIG_IGN);
+    OutputFile file(out);
+    file.write("partial", 7);
+    const char byte = 1;
+    if (::write(ready[1], &byte, 1) != 1) _exit(3);
+    // Ends by the signal, or goes on when it ignores it.
+    sleep(c.ignored ? 1 : 30);
+    _exit(file.commit(false) ? 0 : 2);
+  }
+  char byte = 0;
+  ASSERT_EQ(read(ready[0], &byte, 1), 1);
+  close(ready[0]);
+  close(ready[1]);
+  EXPECT_EQ(hidden(box.dir()).size(), 1u);
+  kill(writer, c.signal);
+  int status = 0;
+  waitpid(writer, &status, 0);
+  if (c.ignored) {
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+    EXPECT_EQ(readWholeFile(out), "partial");
+  } else {
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == c.signal) << status;
+    EXPECT_FALSE(pathExists(out));
+  }
+  EXPECT_EQ(hidden(box.dir()).size(), c.leftBehind ? 1u : 0u);
+  // The next writer of the target removes what no writer holds.
+  const RunResult r = runBoxtool({"export", "--force", "-o", "OUT", "KQADRS.BOX"}, box.dir());
+  EXPECT_EQ(r.status, 0) << r.err;
+  EXPECT_TRUE(hidden(box.dir()).empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, InterruptedWriter,
+                         testing::Values(Interruption{"sigint", SIGINT, false, false},
+                                         Interruption{"sigterm", SIGTERM, false, false},
+                                         Interruption{"sighup", SIGHUP, false, false},
+                                         Interruption{"sighup_ignored", SIGHUP, true, false},
+                                         Interruption{"sigkill", SIGKILL, false, true}),
+                         [](const testing::TestParamInfo<Interruption>& info) { return info.param.name; });
 
 }  // namespace
