@@ -111,6 +111,16 @@ QString collectorFailure(int rc, const QString& path) {
       return QCoreApplication::translate("Vorn",
                                          "Code %1: the collected box could not replace the box file.\n%2")
           .arg(code, unchanged);
+    case BOX_GC_BUSY:
+      return QCoreApplication::translate("Vorn",
+                                         "Code %1: another program is writing the box file; try again when "
+                                         "it is done.\n%2")
+          .arg(code, unchanged);
+    case BOX_GC_CHANGED:
+      return QCoreApplication::translate("Vorn",
+                                         "Code %1: another program changed the box file while it was being "
+                                         "collected; it is left as that program made it.")
+          .arg(code);
     default:
       return QCoreApplication::translate("Vorn", "Code %1: the box library gives no meaning for this code.")
           .arg(code);

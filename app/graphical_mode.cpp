@@ -8,6 +8,8 @@
 #include <cstring>
 #include <string>
 
+#include "command_line.h"
+
 #if VORN_HAS_GUI
 namespace {
 
@@ -28,7 +30,7 @@ int startGraphicalMode(int /*argc*/, char** argv) {
 #if VORN_HAS_GUI
   const std::string program = windowProgram();
   execv(program.c_str(), argv);
-  std::fprintf(stderr, "vorn: cannot start the window program %s: %s\n", program.c_str(),
+  std::fprintf(stderr, "vorn: cannot start the window program %s: %s\n", shownPath(program.c_str()).c_str(),
                std::strerror(errno));
   return 2;
 #else

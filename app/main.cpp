@@ -7,6 +7,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <new>
 
 #include "command_line.h"
 #include "graphical_mode.h"
@@ -38,6 +39,15 @@ int main(int argc, char** argv) {
     std::fputs("vorn " VORN_VERSION "\n", stdout);
     return finishOutput("vorn", 0);
   }
-  if (argc > 1 && std::strcmp(argv[1], "-qcop") != 0) return commandLineAnalysis(argv[1]);
+  if (argc > 1 && std::strcmp(argv[1], "-qcop") != 0) {
+    try {
+      return commandLineAnalysis(argv[1]);
+    } catch (const std::bad_alloc&) {
+      // The findings printed so far stand; the analysis could not go on.
+      std::fflush(stdout);
+      std::fprintf(stderr, "vorn: %s: out of memory\n", shownPath(argv[1]).c_str());
+      return 2;
+    }
+  }
   return startGraphicalMode(argc, argv);
 }

@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <new>
 #include <vector>
 
 #include "analysed_file.h"
@@ -43,7 +44,7 @@ TaskOutput notAnalysed(const std::string& path, const std::string& reason, const
 }
 
 // Everything check prints for one file, and its status bits.
-TaskOutput checkFile(const std::string& path, const CheckOptions& options) {
+TaskOutput checkOneFile(const std::string& path, const CheckOptions& options) {
   const AnalysedFile file(path);
   if (!file.analysed()) return notAnalysed(path, file.reason, options);
   TaskOutput output;
@@ -63,6 +64,16 @@ TaskOutput checkFile(const std::string& path, const CheckOptions& options) {
                          file.counts.errors, file.counts.warnings);
   }
   return output;
+}
+
+// A file whose analysis needs more memory than there is is one that could
+// not be analysed; the other files are still checked.
+TaskOutput checkFile(const std::string& path, const CheckOptions& options) {
+  try {
+    return checkOneFile(path, options);
+  } catch (const std::bad_alloc&) {
+    return notAnalysed(path, "out of memory", options);
+  }
 }
 
 unsigned processorCount() {

@@ -3,6 +3,8 @@
 // bytes, and rewrites the offset tables and the header totals; a damaged box
 // it refuses, saying why.  --dry-run tells what it would do and writes
 // nothing; --backup keeps the old box beside the new one.
+#include <sys/stat.h>
+
 #include <cstdio>
 #include <memory>
 
@@ -40,11 +42,7 @@ void describe(const BoxAnalysis& a, const std::string& shown, bool dryRun) {
 // Copies the box's bytes to path, which must not exist.
 bool copyTo(const std::vector<uint8_t>& bytes, const std::string& path, std::string& error) {
   OutputFile out(path);
-  if (out.opened() && !out.write(bytes.data(), bytes.size())) {
-    error = "write failed";
-    return false;
-  }
-  if (out.commit(false)) return true;
+  if (out.write(bytes.data(), bytes.size()) && out.commit(false)) return true;
   error = out.error;
   return false;
 }
@@ -70,6 +68,13 @@ int runCompact(const CompactArguments& args) {
     return exit_status::kClean;
   }
 
+  // The collection renames the new box over the old one's name: other
+  // names (hard links) of the old box keep the old box.
+  struct stat st;
+  if (stat(args.path.c_str(), &st) == 0 && st.st_nlink > 1)
+    std::fprintf(stderr,
+                 "boxtool: %s: warning: the box has %llu other names (hard links); they keep the old box\n",
+                 shown.c_str(), static_cast<unsigned long long>(st.st_nlink - 1));
   if (args.backup) {
     std::vector<uint8_t> bytes;
     std::string error = readBoxFile(args.path.c_str(), bytes);
@@ -80,17 +85,25 @@ int runCompact(const CompactArguments& args) {
   if (result != 0) {
     // The box is as it was; so is the copy, which is not needed.
     if (args.backup) std::remove(backup.c_str());
+    const std::string why = collectionFailure();
+    const std::string because = why.empty() ? "" : ": " + why;
     switch (result) {
       case BOX_GC_UNREADABLE:
-        return fail(args.path, "the collector could not read the box", exit_status::kNotAnalysed);
+        return fail(args.path, "the collector could not read the box" + because, exit_status::kNotAnalysed);
       case BOX_GC_DAMAGED:
         return fail(args.path, "the collector refuses this box; 'boxtool recover' rescues its records",
                     exit_status::kRefused);
+      case BOX_GC_BUSY:
+        return fail(args.path, why + "; the box is unchanged", exit_status::kNotWritten);
+      case BOX_GC_CHANGED:
+        return fail(args.path, why + "; the box is left as the other program made it",
+                    exit_status::kNotWritten);
       case BOX_GC_WRITE_FAILED:
-        return fail(args.path, "the compacted box could not be written; the box is unchanged",
+        return fail(args.path, "the compacted box could not be written" + because + "; the box is unchanged",
                     exit_status::kNotWritten);
       default:
-        return fail(args.path, "the compacted box could not replace the box; the box is unchanged",
+        return fail(args.path,
+                    "the compacted box could not replace the box" + because + "; the box is unchanged",
                     exit_status::kNotWritten);
     }
   }

@@ -40,9 +40,6 @@ class Sink {
  public:
   explicit Sink(FILE* out) : out_(out) { buffer_.reserve(kFlushSize * 2); }
   std::string& buffer() { return buffer_; }
-  void maybeFlush() {
-    if (buffer_.size() >= kFlushSize) flush();
-  }
   void flush() {
     errno = 0;
     if (!buffer_.empty() && std::fwrite(buffer_.data(), 1, buffer_.size(), out_) != buffer_.size() &&
@@ -283,7 +280,9 @@ class Exporter {
     }
   }
 
-  // The number of records not sound (damaged ones and those with values missing).
+  // The number of records not sound (damaged ones and those with values
+  // missing).  When the box shrinks while its values are read, the records
+  // read since the last piece went out are not written, and shrank() says so.
   size_t run() {
     const bool csv = args_.format == "csv";
     const bool values = source_.values;
@@ -294,10 +293,10 @@ class Exporter {
       if (Progress* p = currentProgress(); p && n % 256 == 0) p->show(n, map.records.size());
       if (!decodeRecord(map.records[n], values) && !source_.typesLost) ++incomplete;
       csv ? csvRecord(map.records[n], values) : jsonRecord(map.records[n], values, n == 0);
-      sink_.maybeFlush();
+      if (sink_.buffer().size() >= kFlushSize && !flushRead()) return incomplete;
     }
     if (!csv) sink_.buffer() += map.records.empty() ? "]\n}\n" : "\n]\n}\n";
-    sink_.flush();
+    flushRead();
     return incomplete;
   }
 
@@ -313,6 +312,17 @@ class Exporter {
   // The values (or the body in hex) decodeRecord() read last.
   const std::vector<RecordValue>& values() const { return values_; }
   const std::string& raw() const { return raw_; }
+
+  bool shrank() const { return shrank_; }
+
+  // Writes what the buffer holds, unless part of it was read from a box
+  // that shrank meanwhile (zeros where its bytes were).
+  bool flushRead() {
+    shrank_ = source_.box->analysis->file.shrank() || a_.file.shrank();
+    if (shrank_) return false;
+    sink_.flush();
+    return true;
+  }
 
   // Decodes the record's values into values_; false when one is missing or
   // the record is damaged.
@@ -455,6 +465,7 @@ class Exporter {
   std::unordered_map<int32_t, std::vector<uint32_t>> codes_;
   std::vector<RecordValue> values_;
   std::string raw_;
+  bool shrank_ = false;
 };
 
 // The field table the records are read with, and the trace of the cards
@@ -510,6 +521,8 @@ int runExport(const ExportArguments& args) {
   if (!args.output.empty() && sameFile(args.output, args.path)) {
     return fail(args.output, "is the box itself; the box is never written", exit_status::kNotWritten);
   }
+  if (!args.output.empty() && !args.force && isReadOnlyFile(args.output))
+    return fail(args.output, "is read-only; give --force to replace it", exit_status::kNotWritten);
   Progress progress("export", args.progress);
   setCurrentProgress(&progress);
   const AnalysedFile file(args.path);
@@ -524,8 +537,12 @@ int runExport(const ExportArguments& args) {
     if (!output->opened()) return fail(args.output, output->error, exit_status::kNotWritten);
   }
   Sink sink(output ? output->stream() : stdout);
-  const size_t incomplete = Exporter(source, args, decoder, sink).run();
+  Exporter exporter(source, args, decoder, sink);
+  const size_t incomplete = exporter.run();
   setCurrentProgress(nullptr);
+  // The output file is not kept: it is removed with its temporary.
+  if (exporter.shrank())
+    return fail(args.path, "the file shrank while it was being read", exit_status::kNotAnalysed);
   // A failure to write standard output is said once, when boxtool ends.
   if (output && (sink.failed() || !output->commit(true)))
     return fail(args.output, sink.failed() ? sink.error() : output->error, exit_status::kNotWritten);
@@ -630,7 +647,12 @@ int RecordListing::write(FILE* out, const ExportArguments& args, std::string& er
     return exit_status::kUsage;
   }
   Sink sink(out);
-  const size_t incomplete = Exporter(impl_->source, args, decoder, sink).run();
+  Exporter exporter(impl_->source, args, decoder, sink);
+  const size_t incomplete = exporter.run();
+  if (exporter.shrank()) {
+    error = "the file shrank while it was being read";
+    return exit_status::kNotAnalysed;
+  }
   if (sink.failed()) {
     error = sink.error();
     return exit_status::kNotWritten;

@@ -10,6 +10,7 @@ Command addExportCommand(CLI::App& boxtool) {
   app->add_option("--encoding", args->encoding,
                   "The encoding of the texts (default UTF-8; EUC-JP, SHIFT_JIS, ...)");
   app->add_option("-o,--output", args->output, "Write to FILE instead of standard output")->type_name("FILE");
+  app->add_flag("-f,--force", args->force, "Replace FILE also when it is read-only");
   app->add_option("--fields-from", args->fieldsFrom,
                   "Read the values with the field table of this box of the same application")
       ->type_name("SOUND.BOX");

@@ -26,6 +26,7 @@ struct ExportArguments {
   bool deleted = false;
   std::string encoding = "UTF-8";
   std::string output;
+  bool force = false;  // replace a read-only output
   std::string fieldsFrom;
   std::string path;
   Progress::Mode progress = Progress::Mode::kAuto;

@@ -60,6 +60,22 @@ int checkedOutput(int status, bool bitmask) {
   return bitmask ? status | exit_status::kNotWritten : exit_status::kNotWritten;
 }
 
+// Runs the subcommand; when memory runs out, says so for the box it was
+// given ("boxtool: BOX: out of memory") and gives the status of a file that
+// could not be read.  check says it for each file itself.
+int runCommand(const Command& command) {
+  try {
+    return command.run();
+  } catch (const std::bad_alloc&) {
+    std::string box;
+    for (const CLI::Option* option : command.app->get_options()) {
+      if (box.empty() && option->get_positional() && !option->results().empty()) box = option->results()[0];
+    }
+    std::fprintf(stderr, "boxtool: %s%sout of memory\n", printable(box).c_str(), box.empty() ? "" : ": ");
+    return exit_status::kNotAnalysed;
+  }
+}
+
 int run(int argc, char** argv) {
   CLI::App app("Checks box files and reports on them, for people and for scripts.", "boxtool");
   app.set_version_flag("--version", "boxtool " BOXTOOL_VERSION);
@@ -101,7 +117,7 @@ int run(int argc, char** argv) {
     return usageError(e.what(), named);
   }
   for (const Command& command : commands) {
-    if (command.app->parsed()) return checkedOutput(command.run(), command.app->get_name() == "check");
+    if (command.app->parsed()) return checkedOutput(runCommand(command), command.app->get_name() == "check");
   }
   return exit_status::kUsage;
 }

@@ -160,9 +160,8 @@ int runRecover(const RecoverArguments& args) {
 
   OutputFile out(args.target);
   if (!out.opened()) return fail(args.target, out.error, exit_status::kNotWritten);
-  if (!out.write(rescued.bytes.data(), rescued.bytes.size()))
-    return fail(args.target, "write failed", exit_status::kNotWritten);
-  if (!out.commit(args.force)) return fail(args.target, out.error, exit_status::kNotWritten);
+  if (!out.write(rescued.bytes.data(), rescued.bytes.size()) || !out.commit(args.force))
+    return fail(args.target, out.error, exit_status::kNotWritten);
   const int status = rescued.whole() ? exit_status::kClean : exit_status::kIncomplete;
   const std::string text = args.json ? jsonSummary(args, rescued, status) : summary(rescued, args.target);
   writeOut(text);

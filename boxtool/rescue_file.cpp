@@ -1,6 +1,5 @@
 #include "rescue_file.h"
 
-#include <cstdio>
 #include <vector>
 
 #include "analysed_file.h"
@@ -13,10 +12,8 @@ namespace {
 bool writeWhole(const std::string& path, const std::vector<uint8_t>& bytes, bool replace,
                 std::string& error) {
   OutputFile out(path);
-  if (out.opened() && std::fwrite(bytes.data(), 1, bytes.size(), out.stream()) == bytes.size() &&
-      out.commit(replace))
-    return true;
-  error = out.error.empty() ? "write failed" : out.error;
+  if (out.opened() && out.write(bytes.data(), bytes.size()) && out.commit(replace)) return true;
+  error = out.error;
   return false;
 }
 

@@ -12,6 +12,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <map>
 #include <nlohmann/json.hpp>
 
@@ -321,5 +323,54 @@ INSTANTIATE_TEST_SUITE_P(
                                   "a\\xc2\\x9b1m\xc2\xa0"},
                     PrintableCase{"above_u10ffff", "\xf4\x90\x80\x80", "\\xf4\\x90\\x80\\x80"}),
     [](const testing::TestParamInfo<PrintableCase>& info) { return info.param.name; });
+
+// Out of memory: a zero-filled file reads as very many empty cards, more
+// than an address space limit of 150 MB holds.  The file is said to be
+// out of memory, and the other files of a check are still reported.
+struct OutOfMemoryCase {
+  const char* name;
+  std::string command;  // run under the limit in the directory of GOOD.BOX and ZERO.BOX
+  int status;
+  std::string out;  // what standard output ends with
+  std::string err;
+};
+
+void PrintTo(const OutOfMemoryCase& c, std::ostream* os) { *os << c.name; }
+
+class OutOfMemory : public testing::TestWithParam<OutOfMemoryCase> {};
+
+TEST_P(OutOfMemory, IsToldForTheFile) {
+#if defined(__SANITIZE_ADDRESS__)
+  GTEST_SKIP() << "the sanitizer's shadow memory does not fit under the limit";
+#endif
+  const OutOfMemoryCase& c = GetParam();
+  TempBox box(goldenBytes("KQADRS.box"), "GOOD.BOX");
+  const std::string zero = box.dir() + "/ZERO.BOX";
+  ASSERT_TRUE(writeFile(zero, Bytes{}));
+  ASSERT_EQ(truncate(zero.c_str(), off_t{32} << 20), 0) << std::strerror(errno);
+  std::string command = c.command;
+  command.replace(command.find("PROGRAM"), 7, command.starts_with("vorn") ? vornProgram() : boxtoolProgram());
+  command.erase(0, command.find(' ') + 1);
+  const RunResult r = runProgram("/bin/sh", {"-c", "ulimit -v 150000; exec " + command}, false, box.dir());
+  EXPECT_EQ(r.status, c.status);
+  EXPECT_TRUE(r.out.ends_with(c.out)) << r.out;
+  EXPECT_EQ(r.err, c.err);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, OutOfMemory,
+    testing::Values(
+        OutOfMemoryCase{"check_goes_on", "boxtool PROGRAM check -q --jobs 1 ZERO.BOX GOOD.BOX", 8,
+                        "GOOD.BOX: no problems found\n"
+                        "2 files: 1 without problems, 0 with warnings only, 0 with errors, 1 not analysed\n",
+                        "boxtool: ZERO.BOX: out of memory\n"},
+        OutOfMemoryCase{"check_in_workers", "boxtool PROGRAM check -q --jobs 2 GOOD.BOX ZERO.BOX", 8,
+                        "GOOD.BOX: no problems found\n"
+                        "2 files: 1 without problems, 0 with warnings only, 0 with errors, 1 not analysed\n",
+                        "boxtool: ZERO.BOX: out of memory\n"},
+        OutOfMemoryCase{"export", "boxtool PROGRAM export -o OUT ZERO.BOX", 8, "",
+                        "boxtool: ZERO.BOX: out of memory\n"},
+        OutOfMemoryCase{"vorn", "vorn PROGRAM ZERO.BOX", 2, "", "vorn: ZERO.BOX: out of memory\n"}),
+    [](const testing::TestParamInfo<OutOfMemoryCase>& info) { return info.param.name; });
 
 }  // namespace

@@ -1,7 +1,9 @@
 // The box library's garbage collector: what it keeps, what it rewrites, and
 // that the box is never lost whatever goes wrong while it writes.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -12,6 +14,7 @@
 #include "analysis_text.h"
 #include "box_builder.h"
 #include "boxlib.h"
+#include "collection.h"
 #include "golden.h"
 #include "output_file.h"
 #include "run_vorn.h"
@@ -141,7 +144,9 @@ ssize_t countedWrite(int fd, const void* b, size_t n) {
   return hit() ? (errno = ENOSPC, -1) : ::write(fd, b, n);
 }
 int countedFsync(int fd) { return hit() ? (errno = EIO, -1) : ::fsync(fd); }
-int countedRename(const char* a, const char* b) { return hit() ? (errno = EIO, -1) : ::rename(a, b); }
+int countedRename(int dir, const char* a, const char* b) {
+  return hit() ? (errno = EIO, -1) : ::renameat(dir, a, dir, b);
+}
 
 // The steps: the writes of the new box, its flush, the rename, the
 // directory's flush.
@@ -158,7 +163,7 @@ Steps collectionSteps(unsigned ids) {
 TEST(CollectorCrashSafety, AFailingStepLeavesTheOldBox) {
   const Steps s = collectionSteps(700);
   const FileCalls real = fileCalls;
-  fileCalls = {countedWrite, countedFsync, countedRename, ::link, fileCalls.renameNoReplace};
+  fileCalls = {countedWrite, countedFsync, countedRename, fileCalls.link, fileCalls.renameNoReplace};
   killing = false;
   for (stepAt = 1; stepAt <= s.rename; ++stepAt) {
     steps = 0;
@@ -178,7 +183,7 @@ TEST(CollectorCrashSafety, KilledAtEveryStepLeavesOldOrNewComplete) {
     if (child == 0) {
       steps = 0;
       killing = true;
-      fileCalls = {countedWrite, countedFsync, countedRename, ::link, fileCalls.renameNoReplace};
+      fileCalls = {countedWrite, countedFsync, countedRename, fileCalls.link, fileCalls.renameNoReplace};
       _exit(_BoxGarbageCollect(box.path().c_str()));
     }
     int status = 0;
@@ -198,12 +203,12 @@ TEST(CollectorCrashSafety, KilledAtEveryStepLeavesOldOrNewComplete) {
 // (link() fails with EPERM on vfat and exFAT), with and without a rename
 // that refuses to replace: the file is written when the name is free, and an
 // existing one is left as it was.
-int linkUnsupported(const char*, const char*) { return errno = EPERM, -1; }
-int noReplaceUnsupported(const char*, const char*) { return errno = EINVAL, -1; }
+int linkUnsupported(int, const char*, const char*) { return errno = EPERM, -1; }
+int noReplaceUnsupported(int, const char*, const char*) { return errno = EINVAL, -1; }
 
 struct NoHardLinks {
   const char* name;
-  int (*renameNoReplace)(const char*, const char*);
+  int (*renameNoReplace)(int, const char*, const char*);
   bool targetExists;
 };
 
@@ -239,5 +244,91 @@ INSTANTIATE_TEST_SUITE_P(Rows, WritingWithoutHardLinks,
                                          NoHardLinks{"new_file_two_steps", noReplaceUnsupported, false},
                                          NoHardLinks{"existing_file_two_steps", noReplaceUnsupported, true}),
                          [](const testing::TestParamInfo<NoHardLinks>& info) { return info.param.name; });
+
+// Other programs at the box while the collector runs: a second collection
+// holding the lock, a program that appends to the box or rewrites it in
+// place while the new box is written.  The box is left as they made it.
+enum class Meddler { kLockHolder, kAppender, kRewriter };
+
+std::string meddledBox;
+Meddler meddler;
+int meddledFsync(int fd) {
+  // The first flush is the new box's, before the rename.
+  if (!meddledBox.empty()) {
+    std::FILE* f = std::fopen(meddledBox.c_str(), meddler == Meddler::kAppender ? "ab" : "r+b");
+    std::fputs("meddled", f);
+    std::fclose(f);
+    // A change within the same tick of a coarse clock shows by its size only.
+    if (meddler == Meddler::kRewriter) {
+      const timespec later[2] = {{2000000000, 0}, {2000000000, 0}};
+      utimensat(AT_FDCWD, meddledBox.c_str(), later, 0);
+    }
+    meddledBox.clear();
+  }
+  return ::fsync(fd);
+}
+
+struct Meddling {
+  const char* name;
+  Meddler meddler;
+  int result;
+  const char* failure;
+};
+
+void PrintTo(const Meddling& c, std::ostream* os) { *os << c.name; }
+
+class CollectingAMeddledBox : public testing::TestWithParam<Meddling> {};
+
+TEST_P(CollectingAMeddledBox, LeavesTheBoxAsTheOtherMadeIt) {
+  const Meddling& c = GetParam();
+  const BuiltBox old = book(100);
+  TempBox box(old.bytes);
+  const int held = open(box.path().c_str(), O_RDONLY | O_CLOEXEC);
+  if (c.meddler == Meddler::kLockHolder) {
+    ASSERT_EQ(flock(held, LOCK_EX), 0);
+  }
+  meddledBox = c.meddler == Meddler::kLockHolder ? "" : box.path();
+  meddler = c.meddler;
+  const FileCalls real = fileCalls;
+  fileCalls.fsync = meddledFsync;
+  const int result = _BoxGarbageCollect(box.path().c_str());
+  fileCalls = real;
+  close(held);
+  EXPECT_EQ(result, c.result);
+  EXPECT_EQ(collectionFailure(), c.failure);
+  Bytes expected = old.bytes;
+  const std::string meddled = "meddled";
+  if (c.meddler == Meddler::kAppender) expected.insert(expected.end(), meddled.begin(), meddled.end());
+  if (c.meddler == Meddler::kRewriter) std::copy(meddled.begin(), meddled.end(), expected.begin());
+  EXPECT_TRUE(fileBytes(box.path()) == expected);
+  EXPECT_TRUE(leftovers(box.dir()).empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, CollectingAMeddledBox,
+                         testing::Values(Meddling{"second_collection", Meddler::kLockHolder, BOX_GC_BUSY,
+                                                  "another program is writing this box"},
+                                         Meddling{"append", Meddler::kAppender, BOX_GC_CHANGED,
+                                                  "the file changed while it was being rewritten"},
+                                         Meddling{"rewrite_in_place", Meddler::kRewriter, BOX_GC_CHANGED,
+                                                  "the file changed while it was being rewritten"}),
+                         [](const testing::TestParamInfo<Meddling>& info) { return info.param.name; });
+
+// Temporaries beside the box: those no writer holds are cleared by the next
+// collection, whichever writer left them; a live writer's are kept.
+TEST(CollectorTemporaries, OnlyAbandonedOnesAreRemoved) {
+  TempBox box(book(100).bytes);
+  const std::vector<std::string> abandoned = {".TEST.BOX.vorn-gc.aB3xY9", ".TEST.BOX.boxtool.Qq0000"};
+  const std::vector<std::string> kept = {".TEST.BOX.vorn-gc.live00", ".TEST.BOX.vorn-gc.toolong7",
+                                         ".OTHER.BOX.boxtool.abcdef"};
+  for (const auto& name : abandoned) ASSERT_TRUE(writeFile(box.dir() + "/" + name, Bytes{1}));
+  for (const auto& name : kept) ASSERT_TRUE(writeFile(box.dir() + "/" + name, Bytes{2}));
+  // A writer that lives holds its temporary's lock.
+  const int live = open((box.dir() + "/" + kept[0]).c_str(), O_RDONLY | O_CLOEXEC);
+  ASSERT_EQ(flock(live, LOCK_EX), 0);
+  EXPECT_EQ(_BoxGarbageCollect(box.path().c_str()), 0);
+  close(live);
+  for (const auto& name : abandoned) EXPECT_FALSE(pathExists(box.dir() + "/" + name)) << name;
+  for (const auto& name : kept) EXPECT_TRUE(pathExists(box.dir() + "/" + name)) << name;
+}
 
 }  // namespace

@@ -98,6 +98,25 @@ TEST(BadInput, PathsThatCannotBeAnalysed) {
   }
 }
 
+// A path is shown on standard error as boxtool shows it: control
+// characters as \xNN, a backslash doubled, so that no path can move the
+// cursor, colour the terminal or start a line of its own.
+TEST(BadInput, PathsAreShownWithoutControlCharacters) {
+  const struct {
+    const char *given, *shown;
+  } rows[] = {{"nosuch\x1b[31m.box", "nosuch\\x1b[31m.box"},
+              {"two\nlines.box", "two\\x0alines.box"},
+              {"tab\tand\x7f.box", "tab\\x09and\\x7f.box"},
+              {"back\\slash.box", "back\\\\slash.box"},
+              {"K\xc3\xa4se.box", "K\xc3\xa4se.box"}};
+  for (const auto& r : rows) {
+    TempBox dir(Bytes{});
+    const RunResult run = runVorn({dir.dir() + "/" + r.given});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.err, "vorn: " + dir.dir() + "/" + r.shown + ": No such file or directory\n") << r.shown;
+  }
+}
+
 TEST(BadInput, UnreadableFile) {
   TempBox box(Bytes{1, 2, 3});
   ASSERT_EQ(chmod(box.dir().c_str(), 0755), 0);

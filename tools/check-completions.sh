@@ -43,7 +43,7 @@ expect() {
 }
 
 expect "check compact " _boxtool boxtool c
-expect "--fields-from --format " _boxtool boxtool export --f
+expect "--fields-from --force --format " _boxtool boxtool export --f
 expect "csv json " _boxtool boxtool export --format ""
 expect "KQADRS.BOX " _boxtool boxtool check ""
 expect "--dry-run " _boxtool boxtool compact --d

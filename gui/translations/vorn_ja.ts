@@ -442,6 +442,16 @@ BROKEN.BOX は %4 です</translation>
 %2</translation>
     </message>
     <message>
+        <source>Code %1: another program is writing the box file; try again when it is done.
+%2</source>
+        <translation>コード %1: 別のプログラムがボックスファイルに書き込んでいます。終わってからやり直してください。
+%2</translation>
+    </message>
+    <message>
+        <source>Code %1: another program changed the box file while it was being collected; it is left as that program made it.</source>
+        <translation>コード %1: 整理中に別のプログラムがボックスファイルを変更しました。そのプログラムが書いたままにしてあります。</translation>
+    </message>
+    <message>
         <source>Code %1: the box library gives no meaning for this code.</source>
         <translation>コード %1: ボックスライブラリはこのコードの意味を定めていません。</translation>
     </message>

@@ -23,10 +23,12 @@ enum {
 /* Results of _BoxGarbageCollect other than 0 (collected).  On every one of
  * them the box file is left exactly as it was. */
 enum {
-  BOX_GC_UNREADABLE = 0x0001,    /* the file could not be opened or mapped */
-  BOX_GC_DAMAGED = 0x0002,       /* damage that collection cannot repair */
-  BOX_GC_WRITE_FAILED = 0x0003,  /* the new box could not be written (disk full, I/O error) */
-  BOX_GC_REPLACE_FAILED = 0x0004 /* the new box could not take the old one's place */
+  BOX_GC_UNREADABLE = 0x0001,     /* the file could not be opened or mapped */
+  BOX_GC_DAMAGED = 0x0002,        /* damage that collection cannot repair */
+  BOX_GC_WRITE_FAILED = 0x0003,   /* the new box could not be written (disk full, I/O error) */
+  BOX_GC_REPLACE_FAILED = 0x0004, /* the new box could not take the old one's place */
+  BOX_GC_BUSY = 0x0005,           /* another collection of the box is running */
+  BOX_GC_CHANGED = 0x0006         /* the box changed while it was being collected */
 };
 
 /* Compacts the box file at path: garbage cards are dropped, every other card
@@ -36,7 +38,11 @@ enum {
  * entries, which the collection repairs, or when the item info does not lie
  * wholly before the first card.  The new box is written beside the
  * old one, flushed and renamed over it, so a failure at any point leaves the
- * complete old or the complete new file. */
+ * complete old or the complete new file.  The collection holds an advisory
+ * lock (flock) on the box file while it runs: a second one of the same box
+ * is refused (BOX_GC_BUSY) rather than waited for.  A box that another
+ * program changed (its size or modification time) between the reading and
+ * the rename is left as it was (BOX_GC_CHANGED). */
 /* NOLINTNEXTLINE(bugprone-reserved-identifier): the library's own name */
 int _BoxGarbageCollect(const char* path);
 

@@ -1,4 +1,6 @@
 // The garbage collector: compacts a box file in a crash-safe way.
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -164,31 +166,103 @@ std::vector<uint8_t> compact(const BoxAnalysis& a, const CompactionPlan& plan) {
   return out;
 }
 
-// Writes bytes beside the box, flushes them and renames them over it.
+thread_local std::string lastFailure;
+
+int failure(int code, const std::string& why) {
+  lastFailure = why;
+  return code;
+}
+
+// Writes bytes beside the box, flushes them and renames them over it,
+// unless the box is no longer the file st describes.
 int replaceBox(const std::string& box, const std::vector<uint8_t>& bytes, const struct stat& st) {
-  OutputFile out(box, "vorn-gc", true);
-  if (!out.keepModeAndOwner(st) || !out.write(bytes.data(), bytes.size()) || !out.commit(true))
-    return out.failed == OutputFile::Step::kReplace ? BOX_GC_REPLACE_FAILED : BOX_GC_WRITE_FAILED;
-  return 0;
+  OutputFile out(box, "vorn-gc");
+  out.replaceOnlyIfUnchanged(st);
+  if (out.keepModeAndOwner(st) && out.write(bytes.data(), bytes.size()) && out.commit(true)) return 0;
+  switch (out.failed) {
+    case OutputFile::Step::kChanged:
+      return failure(BOX_GC_CHANGED, out.error);
+    case OutputFile::Step::kReplace:
+      return failure(BOX_GC_REPLACE_FAILED, out.error);
+    default:
+      return failure(BOX_GC_WRITE_FAILED, out.error);
+  }
+}
+
+// The box file opened and locked against other collections; the lock goes
+// with the descriptor.
+class BoxLock {
+ public:
+  explicit BoxLock(const char* path) {
+    // A collection that replaced the box while this one waited to open it
+    // leaves the lock on the old file: take it on the file the name holds.
+    for (int attempt = 0; attempt < 3; ++attempt) {
+      fd_ = open(path, O_RDONLY | O_CLOEXEC);
+      if (fd_ < 0) {
+        code_ = failure(BOX_GC_UNREADABLE, std::strerror(errno));
+        return;
+      }
+      if (flock(fd_, LOCK_EX | LOCK_NB) != 0) {
+        const int why = errno;
+        code_ = why == EWOULDBLOCK ? failure(BOX_GC_BUSY, "another program is writing this box")
+                                   : failure(BOX_GC_UNREADABLE, std::strerror(why));
+        return;
+      }
+      struct stat named;
+      if (fstat(fd_, &st) == 0 && stat(path, &named) == 0 && named.st_ino == st.st_ino &&
+          named.st_dev == st.st_dev) {
+        code_ = 0;
+        return;
+      }
+      close(fd_);
+      fd_ = -1;
+    }
+    code_ = failure(BOX_GC_BUSY, "another program is writing this box");
+  }
+  ~BoxLock() {
+    if (fd_ >= 0) close(fd_);
+  }
+  BoxLock(const BoxLock&) = delete;
+  BoxLock& operator=(const BoxLock&) = delete;
+
+  int code() const { return code_; }
+  struct stat st {};  // the box as it was when the lock was taken
+
+ private:
+  int fd_ = -1;
+  int code_ = BOX_GC_UNREADABLE;
+};
+
+bool sameState(const struct stat& a, const struct stat& b) {
+  return a.st_dev == b.st_dev && a.st_ino == b.st_ino && a.st_size == b.st_size &&
+         a.st_mtim.tv_sec == b.st_mtim.tv_sec && a.st_mtim.tv_nsec == b.st_mtim.tv_nsec;
 }
 
 }  // namespace
 
+std::string collectionFailure() { return lastFailure; }
+
 // NOLINTNEXTLINE(bugprone-reserved-identifier): the library's own name
 extern "C" int _BoxGarbageCollect(const char* path) {
+  lastFailure.clear();
   if (!path) return BOX_GC_UNREADABLE;
   // Replace the file itself, not a symbolic link that leads to it.
   char resolved[PATH_MAX];
-  if (!realpath(path, resolved)) return BOX_GC_UNREADABLE;
+  if (!realpath(path, resolved)) return failure(BOX_GC_UNREADABLE, std::strerror(errno));
+  const BoxLock lock(resolved);
+  if (lock.code() != 0) return lock.code();
 
   SilentAnalysis check(resolved);
-  if (!check.ran() || check.analysis.file.shrank()) return BOX_GC_UNREADABLE;
+  if (!check.ran()) return BOX_GC_UNREADABLE;
+  if (check.analysis.file.shrank()) return failure(BOX_GC_CHANGED, "the file shrank while it was being read");
   if (!collectionRefusal(check.analysis).empty()) return BOX_GC_DAMAGED;
 
+  // What was read is the box the lock was taken on, as it was then.
   struct stat st;
-  if (fstat(check.analysis.file.fd, &st) != 0) return BOX_GC_UNREADABLE;
+  if (fstat(check.analysis.file.fd, &st) != 0) return failure(BOX_GC_UNREADABLE, std::strerror(errno));
+  if (!sameState(st, lock.st)) return failure(BOX_GC_CHANGED, "the file changed while it was being read");
   const std::vector<uint8_t> compacted = compact(check.analysis, compactionPlan(check.analysis));
   // A box that shrank while it was copied has zeros in the copy: never write it.
-  if (check.analysis.file.shrank()) return BOX_GC_UNREADABLE;
+  if (check.analysis.file.shrank()) return failure(BOX_GC_CHANGED, "the file shrank while it was being read");
   return replaceBox(resolved, compacted, st);
 }

@@ -39,6 +39,11 @@ struct CompactionPlan {
 
 CompactionPlan compactionPlan(const BoxAnalysis& a);
 
+// Why the last _BoxGarbageCollect of this thread that failed to read, lock,
+// write or replace the box failed, in words ("No space left on device");
+// empty when it gave no such reason.
+std::string collectionFailure();
+
 // The bytes a card takes in the box: the terminator two, every other card
 // its head and body.
 uint64_t cardBytes(const CardRecord& card, uint64_t fileSize);
