@@ -74,7 +74,7 @@ void AnalysedFile::analyse() {
     analysis.reset();
     return;
   }
-  const std::vector<CardRecord>& cards = analysis->chain->cards;
+  const CardList& cards = analysis->chain->cards;
   for (Finding& f : findings) {
     if (f.isCard() && f.offset == kNoOffset && static_cast<size_t>(f.index) < cards.size())
       f.offset = cards[static_cast<size_t>(f.index)].offset;

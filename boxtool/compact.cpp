@@ -27,10 +27,16 @@ struct CompactArguments {
 void describe(const BoxAnalysis& a, const std::string& shown, bool dryRun) {
   const CompactionPlan plan = compactionPlan(a);
   std::string list;
-  for (const CompactionPlan::Dropped& d : plan.dropped)
-    list += format("  card %zu at 0x%06x, %llu bytes\n", d.card, d.offset,
-                   static_cast<unsigned long long>(d.bytes));
-  const size_t count = plan.dropped.size();
+  for (const CompactionPlan::Dropped& d : plan.dropped) {
+    if (d.cards > 1) {
+      list += format("  cards %zu to %zu at 0x%06x, %llu bytes (empty deleted cards back to back)\n", d.card,
+                     d.card + d.cards - 1, d.offset, static_cast<unsigned long long>(d.bytes));
+    } else {
+      list += format("  card %zu at 0x%06x, %llu bytes\n", d.card, d.offset,
+                     static_cast<unsigned long long>(d.bytes));
+    }
+  }
+  const size_t count = plan.droppedCards;
   std::printf("%s: %s %zu deleted cards (%llu bytes)%s\n%s", shown.c_str(), dryRun ? "would drop" : "dropped",
               count, static_cast<unsigned long long>(plan.droppedBytes), count ? ":" : "", list.c_str());
   if (plan.addsTerminator)
@@ -53,6 +59,10 @@ int runCompact(const CompactArguments& args) {
   if (args.backup && !args.dryRun && pathExists(backup))
     return fail(backup, "exists; the backup never replaces a file", exit_status::kNotWritten);
 
+  // The box as analysed: the collector refuses one that changed since, so
+  // that what is printed is what was done.
+  struct stat analysed {};
+  const bool stated = stat(args.path.c_str(), &analysed) == 0;
   const AnalysedFile file(args.path);
   if (!file.analysed()) return fail(args.path, file.reason, exit_status::kNotAnalysed);
   const std::string refusal = collectionRefusal(*file.analysis);
@@ -70,17 +80,17 @@ int runCompact(const CompactArguments& args) {
 
   // The collection renames the new box over the old one's name: other
   // names (hard links) of the old box keep the old box.
-  struct stat st;
-  if (stat(args.path.c_str(), &st) == 0 && st.st_nlink > 1)
+  if (stated && analysed.st_nlink > 1)
     std::fprintf(stderr,
                  "boxtool: %s: warning: the box has %llu other names (hard links); they keep the old box\n",
-                 shown.c_str(), static_cast<unsigned long long>(st.st_nlink - 1));
+                 shown.c_str(), static_cast<unsigned long long>(analysed.st_nlink - 1));
   if (args.backup) {
     std::vector<uint8_t> bytes;
     std::string error = readBoxFile(args.path.c_str(), bytes);
     if (!error.empty()) return fail(args.path, error, exit_status::kNotAnalysed);
     if (!copyTo(bytes, backup, error)) return fail(backup, error, exit_status::kNotWritten);
   }
+  if (stated) expectAnalysedBox(analysed);
   const int result = _BoxGarbageCollect(args.path.c_str()) & 0xFFFF;
   if (result != 0) {
     // The box is as it was; so is the copy, which is not needed.

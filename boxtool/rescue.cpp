@@ -257,8 +257,9 @@ RescuedBox rescueBox(ByteView broken, const RescueOptions& options) {
   // vouches for, as they stand; offset cards are rebuilt and the terminator
   // written anew.
   bool indexCard = false;
-  for (const int32_t i : map.trustedCards) {
-    const CardRecord& card = chain.cards[static_cast<size_t>(i)];
+  for (const RecordMap::Cards& trusted : map.trustedCards) {
+    if (trusted.count > 1) continue;  // a run of empty deleted cards
+    const CardRecord card = chain.cards[static_cast<size_t>(trusted.first)];
     const bool terminator = box::isTerminatorAt(card.offset, card.id, t.view.size());
     const uint64_t size =
         terminator ? box::kTerminatorSize

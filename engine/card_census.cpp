@@ -11,22 +11,26 @@ bool cardChain::census() {
   maxId = 0;
   const uint64_t n = cards.size();
 
-  for (uint64_t i = 0; i < n; ++i) {
+  // A run of empty deleted cards is counted at once: garbage without bytes
+  // beyond the heads, never an error card, never a normal one.
+  cards.forEachStored([&](const CardList::Stored& stored) {
+    const uint64_t i = stored.first;
     // The classic census compares pairs; its progress still counts them.
     reportProgress(1, (i - 1) * i, (n - 1) * n);
-    CardRecord& record = cards[i];
+    const CardRecord& record = stored.record;
+    const auto count = static_cast<uint32_t>(stored.count);
     if (record.level & code::kFailing) {
       ++errorCount;
       errorBytes += box::kCardHeadSize + record.size;
     } else if (record.id == box::kGarbageId) {
-      ++garbageCount;
-      garbageBytes += box::kCardHeadSize + record.size;
+      garbageCount += count;
+      garbageBytes += count * (box::kCardHeadSize + record.size);
     } else if (box::isNormalId(record.id)) {
       ++normalCount;
       normalBytes += box::kCardHeadSize + record.size;
       // A duplicate: the ID occurs again later in the list, in any class.
       if (hasLaterDuplicate(i)) {
-        report(record, static_cast<int32_t>(i), UINT32_MAX, record.id, record.size,
+        report(cards.edit(i), static_cast<int32_t>(i), UINT32_MAX, record.id, record.size,
                code::census::kDuplicateId, "Duplicate card ID", " %04x", static_cast<unsigned>(record.id));
         ++duplicates;
       }
@@ -36,7 +40,7 @@ bool cardChain::census() {
       systemBytes +=
           record.id == box::kTerminatorId ? box::kTerminatorSize : box::kCardHeadSize + record.size;
     }
-  }
+  });
 
   debugMessage(ja::kCensusCounts, static_cast<int>(normalCount), static_cast<int>(systemCount),
                static_cast<int>(garbageCount), static_cast<int>(errorCount));
@@ -48,9 +52,10 @@ bool cardChain::census() {
   // a Critical holds.  Repeated passes over the list raising the value on a
   // match end exactly there, so a bit set over the IDs gives the same.
   std::vector<bool> held(box::kCardIdSpace, false);
-  for (const CardRecord& record : cards) {
+  cards.forEachStored([&](const CardList::Stored& stored) {
+    const CardRecord& record = stored.record;
     if (box::isNormalId(record.id) && !(record.level & code::kCritical)) held[record.id] = true;
-  }
+  });
   uint32_t leastNull = box::kFirstNormalId;
   while (leastNull <= box::kLastNormalId && held[leastNull]) ++leastNull;
   leastNullId = static_cast<uint16_t>(leastNull);

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "byte_view.h"
+#include "card_list.h"
 #include "card_record.h"
 #include "findings.h"
 #include "item_info.h"
@@ -40,6 +41,8 @@ class cardChain : public Checker {
   // True when no earlier record starts where record index does, so that
   // findByOffset of its offset finds it.
   bool isFirstAtOffset(int32_t index) const;
+  // True when the cards stand in strictly ascending file order.
+  bool inFileOrder() const { return ascending_; }
 
   // Reads the card head at offset into record.  The offset of the next card,
   // or -1 when the head or the body would run past limit.
@@ -49,7 +52,7 @@ class cardChain : public Checker {
   // length area, as a card offset (position - 10); 0 when there is none.
   int64_t scanForCard(const ItemInfo& fields, uint64_t start, uint32_t limit) const;
 
-  std::vector<CardRecord> cards;  // in trace order; the card index is the position here
+  CardList cards;  // in trace order; the card index is the position here
   uint32_t fileSize;
   const uint8_t* fileStart;
 

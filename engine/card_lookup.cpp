@@ -19,23 +19,32 @@ void cardChain::buildIndexes() {
   if (idTables_) {
     firstById_.assign(box::kCardIdSpace, -1);
     lastById_.assign(box::kCardIdSpace, -1);
-    for (size_t i = 0; i < cards.size(); ++i) {
-      const auto index = static_cast<int32_t>(i);
-      if (firstById_[cards[i].id] < 0) firstById_[cards[i].id] = index;
-      lastById_[cards[i].id] = index;
-    }
+    cards.forEachStored([&](const CardList::Stored& s) {
+      const uint16_t id = s.record.id;
+      if (firstById_[id] < 0) firstById_[id] = static_cast<int32_t>(s.first);
+      lastById_[id] = static_cast<int32_t>(s.first + s.count - 1);
+    });
   } else {
     byId_.reserve(cards.size());
-    for (size_t i = 0; i < cards.size(); ++i) byId_.emplace_back(cards[i].id, static_cast<int32_t>(i));
+    int32_t index = 0;
+    for (const CardRecord& card : cards) byId_.emplace_back(card.id, index++);
     std::sort(byId_.begin(), byId_.end());
   }
+  // The cards of a run stand in ascending order among themselves.
   ascending_ = true;
-  for (size_t i = 1; i < cards.size() && ascending_; ++i) ascending_ = cards[i - 1].offset < cards[i].offset;
+  bool firstRecord = true;
+  uint64_t lastOffset = 0;
+  cards.forEachStored([&](const CardList::Stored& s) {
+    if (!firstRecord && s.record.offset <= lastOffset) ascending_ = false;
+    firstRecord = false;
+    lastOffset = s.record.offset + uint64_t{CardList::kRunStep} * (s.count - 1);
+  });
   byOffset_.clear();
   firstAtOffset_.clear();
   if (ascending_) return;
   byOffset_.reserve(cards.size());
-  for (size_t i = 0; i < cards.size(); ++i) byOffset_.emplace_back(cards[i].offset, static_cast<int32_t>(i));
+  int32_t index = 0;
+  for (const CardRecord& card : cards) byOffset_.emplace_back(card.offset, index++);
   std::sort(byOffset_.begin(), byOffset_.end());
   firstAtOffset_.assign(cards.size(), false);
   for (size_t k = 0; k < byOffset_.size(); ++k) {
@@ -59,11 +68,7 @@ bool cardChain::hasLaterDuplicate(size_t index) const {
 }
 
 int32_t cardChain::findByOffset(uint32_t offset) const {
-  if (ascending_) {
-    const auto found = std::lower_bound(cards.begin(), cards.end(), offset,
-                                        [](const CardRecord& r, uint32_t o) { return r.offset < o; });
-    return found != cards.end() && found->offset == offset ? static_cast<int32_t>(found - cards.begin()) : -1;
-  }
+  if (ascending_) return cards.indexAtOffset(offset);
   const auto found = std::lower_bound(byOffset_.begin(), byOffset_.end(), std::make_pair(offset, INT32_MIN));
   return found != byOffset_.end() && found->first == offset ? found->second : -1;
 }

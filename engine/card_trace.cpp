@@ -103,8 +103,7 @@ int cardChain::walk(uint32_t first, const ItemInfo& fields) {
 // Reads the head at offset into record index (the list grows one record at
 // a time and never shrinks) and files the card's position entry.
 CardRecord& cardChain::readCard(size_t index, uint32_t offset, uint32_t first, int64_t* next) {
-  if (cards.size() < index + 1) cards.emplace_back();
-  CardRecord& record = cards[index];
+  CardRecord& record = cards.slot(index);
   *next = parseCardHead(record, offset, fileSize);
   report(*this, static_cast<int32_t>(index), offset, record.id, record.size, code::kPosition, nullptr);
   reportProgress(0, offset - first, fileSize - first);
@@ -128,7 +127,7 @@ bool cardChain::cardPasses(CardRecord& record, int64_t next, const ItemInfo& fie
 // previous card), 0 when there is none.
 int64_t cardChain::salvageCandidate(size_t index, uint32_t offset, const ItemInfo& fields,
                                     SalvageMemory& memory) const {
-  const CardRecord& prev = cards[index == 0 ? 0 : index - 1];
+  const CardRecord prev = cards[index == 0 ? 0 : index - 1];
   const uint32_t prevOffset = prev.offset;
   const uint64_t prevData = uint64_t{prevOffset} + box::kCardAreaOffset +
                             file_.u16(uint64_t{prevOffset} + box::kCardAreaLengthOffset).value_or(0);
@@ -149,7 +148,7 @@ int64_t cardChain::salvageCandidate(size_t index, uint32_t offset, const ItemInf
 // The broken card is garbage up to the candidate.  Its size is the candidate
 // minus the end its own head declared (-1 when the head failed).
 void cardChain::markGarbage(size_t index, int64_t declaredEnd, int64_t candidate) {
-  CardRecord& record = cards[index];
+  CardRecord& record = cards.edit(index);
   record.size = static_cast<uint32_t>(candidate - declaredEnd);
   report(record, static_cast<int32_t>(index), record.offset, record.id, record.size,
          code::trace::kGarbageData, "Garbage data.");
@@ -160,7 +159,7 @@ void cardChain::markGarbage(size_t index, int64_t declaredEnd, int64_t candidate
 void cardChain::shortenPrevious(size_t index, uint32_t offset, int64_t candidate) {
   reportAt(*this, static_cast<int32_t>(index), code::trace::kDisappeared, "This card is disappeare.");
   const size_t prevIndex = index == 0 ? 0 : index - 1;
-  CardRecord& prev = cards[prevIndex];
+  CardRecord& prev = cards.edit(prevIndex);
   const uint32_t old = prev.size;
   prev.size = old + static_cast<uint32_t>(candidate) - offset;
   report(prev, static_cast<int32_t>(prevIndex), prev.offset, prev.id, prev.size, code::trace::kMadeSmall,

@@ -19,6 +19,7 @@ struct Span {
   uint16_t id = 0;
   bool consistent = false;
   bool chosen = false;  // a consistent card that no better one overlaps, or a trusted unchecked card
+  uint32_t cards = 1;   // a run of empty deleted cards back to back stands as one span
 };
 
 bool byOffset(const Span& a, const Span& b) { return a.offset < b.offset; }
@@ -219,34 +220,47 @@ RecordMap mapRecords(ByteView file, const cardChain& chain, const ItemInfo& fiel
   const bool deleted = options.deleted;
   RecordMap map;
   map.areaStart = areaStart;
-  const std::vector<CardRecord>& cards = chain.cards;
+  const CardList& cards = chain.cards;
   const uint64_t size = file.size();
 
   // The chain's cards by their own bytes, each offset once, in file order.
   // A card whose head or body the file cuts has no extent of its own.
+  // Where the cards stand in file order, a run of empty deleted cards is
+  // one span: no other card begins inside it, and none of its cards is
+  // consistent or a record.
   std::vector<Span> spans;
-  spans.reserve(cards.size());
-  std::vector<uint64_t> offsets;  // of every card the trace read
-  offsets.reserve(cards.size());
-  std::vector<uint32_t> headSize(cards.size(), 0);  // the size each card's head states, read once
-  for (size_t i = 0; i < cards.size(); ++i) {
-    const uint64_t o = cards[i].offset;
+  std::vector<uint64_t> offsets;  // of every card the trace read (of a run, its first)
+  spans.reserve(cards.storedCount());
+  offsets.reserve(cards.storedCount());
+  const bool inOrder = chain.inFileOrder();
+  const auto addCard = [&](const CardRecord& c, size_t i) {
+    const uint64_t o = c.offset;
     offsets.push_back(o);
-    const auto bodySize = file.u32(o + box::kCardSizeField);
-    headSize[i] = bodySize.value_or(0);
-    if (!chain.isFirstAtOffset(static_cast<int32_t>(i))) continue;
+    if (!chain.isFirstAtOffset(static_cast<int32_t>(i))) return;
     const auto card = static_cast<int32_t>(i);
-    if (box::isTerminatorAt(o, cards[i].id, size)) {
-      spans.push_back({o, size, card, cards[i].id, false, false});
-      continue;
+    if (box::isTerminatorAt(o, c.id, size)) {
+      spans.push_back({o, size, card, c.id, false, false});
+      return;
     }
     const auto id = file.u16(o);
-    if (!id || !bodySize || o + box::kCardHeadSize + *bodySize > size) continue;
+    const auto bodySize = file.u32(o + box::kCardSizeField);
+    if (!id || !bodySize || o + box::kCardHeadSize + *bodySize > size) return;
     // A normal card's content check already judged its own bytes.
-    const bool consistent =
-        box::isNormalId(*id) ? cards[i].consistent : cardIsConsistent(file, o, fields, size);
+    const bool consistent = box::isNormalId(*id) ? c.consistent : cardIsConsistent(file, o, fields, size);
     spans.push_back({o, o + box::kCardHeadSize + *bodySize, card, *id, consistent});
-  }
+  };
+  cards.forEachStored([&](const CardList::Stored& s) {
+    if (s.count == 1) return addCard(s.record, s.first);
+    const uint64_t o = s.record.offset;
+    if (inOrder) {
+      offsets.push_back(o);
+      spans.push_back({o, o + uint64_t{CardList::kRunStep} * s.count, static_cast<int32_t>(s.first),
+                       box::kGarbageId, false, false, static_cast<uint32_t>(s.count)});
+      return;
+    }
+    CardRecord c = s.record;
+    for (size_t k = 0; k < s.count; ++k, c.offset += CardList::kRunStep) addCard(c, s.first + k);
+  });
   if (!std::is_sorted(spans.begin(), spans.end(), byOffset))
     std::stable_sort(spans.begin(), spans.end(), byOffset);
   offsets = sortedValues(std::move(offsets));
@@ -281,26 +295,41 @@ RecordMap mapRecords(ByteView file, const cardChain& chain, const ItemInfo& fiel
   }
 
   // The consistent cards, chain and found, without overlaps.
-  std::vector<Span*> consistent;
-  std::vector<uint64_t> starts;
-  std::vector<uint64_t> ends{areaStart};
-  for (std::vector<Span>* list : {&spans, &found}) {
-    for (Span& s : *list) {
-      if (!s.consistent && !s.chosen) continue;
-      if (s.consistent) consistent.push_back(&s);
-      starts.push_back(s.offset);
-      ends.push_back(s.end);
+  // Lists as long as the cards: reserved at their length, never doubled past it.
+  const auto countSpans = [&](bool (*counted)(const Span&)) {
+    size_t n = 0;
+    for (const std::vector<Span>* list : {&spans, &found})
+      n += std::count_if(list->begin(), list->end(), counted);
+    return n;
+  };
+  {  // the lists of starts and ends are freed before the next ones grow
+    const size_t marked = countSpans([](const Span& s) { return s.consistent || s.chosen; });
+    std::vector<Span*> consistent;
+    std::vector<uint64_t> starts;
+    std::vector<uint64_t> ends{areaStart};
+    starts.reserve(marked + 1);
+    ends.reserve(marked + 1);
+    for (std::vector<Span>* list : {&spans, &found}) {
+      for (Span& s : *list) {
+        if (!s.consistent && !s.chosen) continue;
+        if (s.consistent) consistent.push_back(&s);
+        starts.push_back(s.offset);
+        ends.push_back(s.end);
+      }
     }
+    starts.push_back(size);
+    starts = sortedValues(std::move(starts));
+    ends = sortedValues(std::move(ends));
+    ensureSorted(consistent, [](const Span* a, const Span* b) { return a->offset < b->offset; });
+    choose(consistent, starts, ends);
   }
-  starts.push_back(size);
-  starts = sortedValues(std::move(starts));
-  ends = sortedValues(std::move(ends));
-  ensureSorted(consistent, [](const Span* a, const Span* b) { return a->offset < b->offset; });
-  choose(consistent, starts, ends);
 
   // Where the chosen cards end: the card boundaries.
+  const size_t chosen = countSpans([](const Span& s) { return s.chosen; });
   std::vector<uint64_t> boundaries{areaStart};
   std::vector<Stretch> kept;
+  boundaries.reserve(chosen + 1);
+  kept.reserve(chosen);
   std::vector<bool> whole(cards.size(), false);
   for (std::vector<Span>* list : {&spans, &found}) {
     for (const Span& s : *list) {
@@ -309,7 +338,7 @@ RecordMap mapRecords(ByteView file, const cardChain& chain, const ItemInfo& fiel
       kept.push_back({s.offset, s.end});
       if (s.card >= 0) {
         whole[static_cast<size_t>(s.card)] = true;
-        if (!s.consistent) map.trustedCards.push_back(s.card);
+        if (!s.consistent) map.trustedCards.push_back({s.card, s.cards});
       }
     }
   }
@@ -338,20 +367,19 @@ RecordMap mapRecords(ByteView file, const cardChain& chain, const ItemInfo& fiel
       if (state == RecordState::kFound) ++map.found;
     }
   };
-  map.records.reserve(cards.size() + lost.size());
-  for (size_t i = 0; i < cards.size(); ++i) {
-    const CardRecord& card = cards[i];
+  const auto consider = [&](const CardRecord& card, size_t index) {
     const bool normal = box::isNormalId(card.id);
-    if (!normal && !(deleted && card.id == box::kGarbageId)) continue;
-    if (!chain.isFirstAtOffset(static_cast<int32_t>(i))) continue;
+    if (!normal && !(deleted && card.id == box::kGarbageId)) return;
+    if (!chain.isFirstAtOffset(static_cast<int32_t>(index))) return;
     // Where the trace read the next card: the values of a card that is not
     // whole may reach that far.
     const auto later = std::upper_bound(offsets.begin(), offsets.end(), uint64_t{card.offset});
     const uint64_t next = later == offsets.end() ? size : *later;
     // The card's own end, by the size its head states (a salvage may have
     // rewritten the record's).
-    const uint64_t own = uint64_t{card.offset} + box::kCardHeadSize + headSize[i];
-    Record r{static_cast<int32_t>(i), card.offset, card.id, RecordState::kSound, whole[i], next};
+    const uint64_t own = uint64_t{card.offset} + box::kCardHeadSize +
+                         file.u32(uint64_t{card.offset} + box::kCardSizeField).value_or(0);
+    Record r{static_cast<int32_t>(index), card.offset, card.id, RecordState::kSound, whole[index], next};
     if (normal) {
       if (card.level & (code::kFailing | code::trace::kOutOfFile)) r.state = RecordState::kDamaged;
       if (r.whole) {
@@ -361,16 +389,24 @@ RecordMap mapRecords(ByteView file, const cardChain& chain, const ItemInfo& fiel
       }
     } else {
       // A deleted card's head must be whole, and its body must decode.
-      if (fields.count == 0 || uint64_t{card.offset} + box::kCardAreaOffset > next) continue;
+      if (fields.count == 0 || uint64_t{card.offset} + box::kCardAreaOffset > next) return;
       const CardValues values(file, card.offset, fields);
-      if (!bodyDecodes(values, fields, next)) continue;
+      if (!bodyDecodes(values, fields, next)) return;
       r.state = RecordState::kDeleted;
       r.whole = r.whole && bodyDecodes(values, fields, std::min(own, size));
       if (r.whole) r.end = std::min(own, size);
     }
     addLost(card.offset);
     map.records.push_back(r);
-  }
+  };
+  // An empty deleted card is never a record: the next card begins right
+  // behind its head, where its body would hold its values.
+  cards.forEachStored([&](const CardList::Stored& s) {
+    if (s.count == 1) return consider(s.record, s.first);
+    if (inOrder) return;
+    CardRecord c = s.record;
+    for (size_t k = 0; k < s.count; ++k, c.offset += CardList::kRunStep) consider(c, s.first + k);
+  });
   addLost(UINT64_MAX);
   return map;
 }

@@ -63,8 +63,14 @@ struct RecordMap {
   std::vector<Record> records;
   // The cards of the chain that no content check looks at and that lie
   // between trusted cards: deleted, offset, index and system cards and the
-  // terminator, by index in the card list.
-  std::vector<int32_t> trustedCards;
+  // terminator, as stretches of the card list in list order: one card, or
+  // a run of empty deleted cards (ID 0, size 0) back to back.
+  struct Cards {
+    int32_t first;
+    uint32_t count;
+    bool operator<(const Cards& other) const { return first < other.first; }
+  };
+  std::vector<Cards> trustedCards;
   // Normal cards the trace read where no trusted card ends: bytes of other
   // records or junk, never records.
   std::vector<int32_t> strayCards;

@@ -82,7 +82,7 @@ FileMap::FileMap(const RecordListing& listing) {
   paint(canvas, clipped(0, box::kHeaderSize, size_, MapClass::kHeader));
 
   // The cards of the trace, in the box's offsets.
-  const std::vector<CardRecord>& cards = t.chain->cards;
+  const CardList& cards = t.chain->cards;
   const std::vector<Record>& records = listing.records();
   // The record of the chain at an offset, whichever read of the card there
   // the listing keeps.
@@ -91,14 +91,17 @@ FileMap::FileMap(const RecordListing& listing) {
     if (records[n].card >= 0) recordAt.try_emplace(records[n].offset, static_cast<int32_t>(n));
   }
   uint64_t lastEnd = areaStart;
-  for (size_t i = 0; i < cards.size(); ++i) {
-    const CardRecord& c = cards[i];
+  // A run of empty deleted cards is one segment, under its first card.
+  cards.forEachStored([&](const CardList::Stored& stored) {
+    const CardRecord& c = stored.record;
+    const size_t i = stored.first;
     const uint64_t from = std::min<uint64_t>(listing.original(c.offset), size_);
     const bool terminator = box::isTerminatorAt(c.offset, c.id, t.file.size);
     // A card read as garbage data reaches to where the trace resumed; its
     // size field then holds no length.
     const bool salvaged = (c.level & code::trace::kGarbageData) == code::trace::kGarbageData;
-    uint64_t to = from + (terminator ? box::kTerminatorSize : box::kCardHeadSize + uint64_t{c.size});
+    uint64_t to =
+        from + (terminator ? box::kTerminatorSize : box::kCardHeadSize + uint64_t{c.size}) * stored.count;
     if (salvaged) to = i + 1 < cards.size() ? listing.original(cards[i + 1].offset) : size_;
     const bool past = to > size_;
     to = std::clamp(to, from, size_);
@@ -117,7 +120,7 @@ FileMap::FileMap(const RecordListing& listing) {
     }
     paint(canvas, {from, to, kind, static_cast<int32_t>(i), record});
     lastEnd = std::max(lastEnd, to);
-  }
+  });
   paint(canvas, {lastEnd, size_, MapClass::kBehind});
 
   // The records found outside the chain, over the stretches they lie in.

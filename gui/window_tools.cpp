@@ -364,10 +364,13 @@ void VornWindow::compactBox() {
     std::string problem, refusal;
     uint32_t size = 0;
     CompactionPlan plan;
+    bool stated = false;
+    struct stat analysed {};  // the collection refuses a box that changed since
   };
   auto dry = std::make_shared<Dry>();
   const std::string local = localFileName(path).toStdString();
   if (!runJob([dry, local](RunProgress&) {
+        dry->stated = stat(local.c_str(), &dry->analysed) == 0;
         const AnalysedFile file(local);
         if (!file.analysed()) {
           dry->problem = file.reason;
@@ -404,11 +407,20 @@ void VornWindow::compactBox() {
       wrapped(tr("The box library's collector would do this to %1; nothing is written yet.")
                   .arg(shownFileName(path)),
               &dialog),
-      wrapped(tr("Drop %1 deleted cards (%2 bytes).").arg(plan.dropped.size()).arg(plan.droppedBytes),
+      wrapped(tr("Drop %1 deleted cards (%2 bytes).").arg(plan.droppedCards).arg(plan.droppedBytes),
               &dialog)};
   QStringList dropped;
-  for (const CompactionPlan::Dropped& d : plan.dropped)
-    dropped << tr("card %1 at %2, %3 bytes").arg(d.card).arg(hex(d.offset, 6)).arg(d.bytes);
+  for (const CompactionPlan::Dropped& d : plan.dropped) {
+    if (d.cards > 1) {
+      dropped << tr("cards %1 to %2 at %3, %4 bytes (empty deleted cards back to back)")
+                     .arg(d.card)
+                     .arg(d.card + d.cards - 1)
+                     .arg(hex(d.offset, 6))
+                     .arg(d.bytes);
+    } else {
+      dropped << tr("card %1 at %2, %3 bytes").arg(d.card).arg(hex(d.offset, 6)).arg(d.bytes);
+    }
+  }
   if (!dropped.isEmpty()) parts << linesView(dropped, QStringLiteral("droppedCards"), &dialog);
   if (plan.addsTerminator) parts << wrapped(tr("Add the missing terminator."), &dialog);
   auto* sizes =
@@ -442,6 +454,7 @@ void VornWindow::compactBox() {
   }
   // The collector runs the engine: a cancelled job that still uses it ends first.
   if (BackgroundRun::engineBusy() && !runJob([](RunProgress&) {})) return;
+  if (dry->stated) expectAnalysedBox(dry->analysed);
   const int rc = guardedGarbageCollect(local.c_str());
   if (rc != 0) {
     if (keep->isChecked()) std::remove(localFileName(backup).constData());
@@ -456,7 +469,7 @@ void VornWindow::compactBox() {
       this, tr("Compact"),
       tr("%1 is compacted: %2 deleted cards dropped, %3 bytes now.")
               .arg(shownFileName(path))
-              .arg(plan.dropped.size())
+              .arg(plan.droppedCards)
               .arg(QLocale().toString(qulonglong(plan.sizeAfter))) +
           (keep->isChecked() ? QLatin1Char('\n') + tr("The old box is kept as %1.").arg(shownFileName(backup))
                              : QString()));

@@ -324,12 +324,14 @@ INSTANTIATE_TEST_SUITE_P(
                     PrintableCase{"above_u10ffff", "\xf4\x90\x80\x80", "\\xf4\\x90\\x80\\x80"}),
     [](const testing::TestParamInfo<PrintableCase>& info) { return info.param.name; });
 
-// Out of memory: a zero-filled file reads as very many empty cards, more
-// than an address space limit of 150 MB holds.  The file is said to be
+// Out of memory: a file of deleted cards of one byte each reads as very
+// many cards, more than an address space limit of 150 MB holds.  Zero bytes
+// read as empty deleted cards back to back, which take no memory each: the
+// same length of them fits.  The file is said to be
 // out of memory, and the other files of a check are still reported.
 struct OutOfMemoryCase {
   const char* name;
-  std::string command;  // run under the limit in the directory of GOOD.BOX and ZERO.BOX
+  std::string command;  // run under the limit beside GOOD.BOX, HUGE.BOX and ZEROS.BOX
   int status;
   std::string out;  // what standard output ends with
   std::string err;
@@ -345,9 +347,15 @@ TEST_P(OutOfMemory, IsToldForTheFile) {
 #endif
   const OutOfMemoryCase& c = GetParam();
   TempBox box(goldenBytes("KQADRS.box"), "GOOD.BOX");
-  const std::string zero = box.dir() + "/ZERO.BOX";
-  ASSERT_TRUE(writeFile(zero, Bytes{}));
-  ASSERT_EQ(truncate(zero.c_str(), off_t{32} << 20), 0) << std::strerror(errno);
+  const std::string huge = box.dir() + "/HUGE.BOX";
+  const std::string zeros = box.dir() + "/ZEROS.BOX";
+  Bytes cards;
+  const Bytes card{0, 0, 1, 0, 0, 0, 0};  // ID 0, size 1, one byte
+  for (size_t n = 0; n < (size_t{64} << 20) / card.size(); ++n)
+    cards.insert(cards.end(), card.begin(), card.end());
+  ASSERT_TRUE(writeFile(huge, cards));
+  ASSERT_TRUE(writeFile(zeros, Bytes{}));
+  ASSERT_EQ(truncate(zeros.c_str(), off_t{64} << 20), 0) << std::strerror(errno);
   std::string command = c.command;
   command.replace(command.find("PROGRAM"), 7, command.starts_with("vorn") ? vornProgram() : boxtoolProgram());
   command.erase(0, command.find(' ') + 1);
@@ -360,17 +368,19 @@ TEST_P(OutOfMemory, IsToldForTheFile) {
 INSTANTIATE_TEST_SUITE_P(
     Rows, OutOfMemory,
     testing::Values(
-        OutOfMemoryCase{"check_goes_on", "boxtool PROGRAM check -q --jobs 1 ZERO.BOX GOOD.BOX", 8,
+        OutOfMemoryCase{"check_goes_on", "boxtool PROGRAM check -q --jobs 1 HUGE.BOX GOOD.BOX", 8,
                         "GOOD.BOX: no problems found\n"
                         "2 files: 1 without problems, 0 with warnings only, 0 with errors, 1 not analysed\n",
-                        "boxtool: ZERO.BOX: out of memory\n"},
-        OutOfMemoryCase{"check_in_workers", "boxtool PROGRAM check -q --jobs 2 GOOD.BOX ZERO.BOX", 8,
+                        "boxtool: HUGE.BOX: out of memory\n"},
+        OutOfMemoryCase{"check_in_workers", "boxtool PROGRAM check -q --jobs 2 GOOD.BOX HUGE.BOX", 8,
                         "GOOD.BOX: no problems found\n"
                         "2 files: 1 without problems, 0 with warnings only, 0 with errors, 1 not analysed\n",
-                        "boxtool: ZERO.BOX: out of memory\n"},
-        OutOfMemoryCase{"export", "boxtool PROGRAM export -o OUT ZERO.BOX", 8, "",
-                        "boxtool: ZERO.BOX: out of memory\n"},
-        OutOfMemoryCase{"vorn", "vorn PROGRAM ZERO.BOX", 2, "", "vorn: ZERO.BOX: out of memory\n"}),
+                        "boxtool: HUGE.BOX: out of memory\n"},
+        OutOfMemoryCase{"export", "boxtool PROGRAM export -o OUT HUGE.BOX", 8, "",
+                        "boxtool: HUGE.BOX: out of memory\n"},
+        OutOfMemoryCase{"vorn", "vorn PROGRAM HUGE.BOX", 2, "", "vorn: HUGE.BOX: out of memory\n"},
+        OutOfMemoryCase{"zeros_fit", "boxtool PROGRAM check -q ZEROS.BOX", 3,
+                        "ZEROS.BOX: 3 critical, 4 errors, 2 warnings\n", ""}),
     [](const testing::TestParamInfo<OutOfMemoryCase>& info) { return info.param.name; });
 
 }  // namespace

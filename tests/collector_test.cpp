@@ -313,11 +313,37 @@ INSTANTIATE_TEST_SUITE_P(Rows, CollectingAMeddledBox,
                                                   "the file changed while it was being rewritten"}),
                          [](const testing::TestParamInfo<Meddling>& info) { return info.param.name; });
 
+// A front end that told what the collection would do has it refused when
+// the box changed after its analysis, and done when it did not.
+TEST(Collector, RefusesABoxThatChangedAfterItsAnalysis) {
+  for (const bool changed : {false, true}) {
+    const BuiltBox old = book(100);
+    TempBox box(old.bytes);
+    struct stat analysed {};
+    ASSERT_EQ(stat(box.path().c_str(), &analysed), 0);
+    // Rewritten with the same bytes: its modification time tells.
+    const timespec later[2] = {{2000000000, 0}, {2000000000, 0}};
+    if (changed) {
+      ASSERT_EQ(utimensat(AT_FDCWD, box.path().c_str(), later, 0), 0);
+    }
+    const Bytes before = fileBytes(box.path());
+    expectAnalysedBox(analysed);
+    EXPECT_EQ(_BoxGarbageCollect(box.path().c_str()), changed ? BOX_GC_CHANGED : 0) << changed;
+    EXPECT_EQ(collectionFailure(), changed ? "the box changed after it was analysed" : "");
+    EXPECT_EQ(fileBytes(box.path()) == before, changed);
+    // The expectation holds for one collection.
+    if (changed) {
+      EXPECT_EQ(_BoxGarbageCollect(box.path().c_str()), 0);
+    }
+  }
+}
+
 // Temporaries beside the box: those no writer holds are cleared by the next
 // collection, whichever writer left them; a live writer's are kept.
 TEST(CollectorTemporaries, OnlyAbandonedOnesAreRemoved) {
   TempBox box(book(100).bytes);
-  const std::vector<std::string> abandoned = {".TEST.BOX.vorn-gc.aB3xY9", ".TEST.BOX.boxtool.Qq0000"};
+  const std::vector<std::string> abandoned = {".TEST.BOX.vorn-gc.aB3xY9", ".TEST.BOX.boxtool.Qq0000",
+                                              ".TEST.BOX.bak.boxtool.Zz0000"};
   const std::vector<std::string> kept = {".TEST.BOX.vorn-gc.live00", ".TEST.BOX.vorn-gc.toolong7",
                                          ".OTHER.BOX.boxtool.abcdef"};
   for (const auto& name : abandoned) ASSERT_TRUE(writeFile(box.dir() + "/" + name, Bytes{1}));

@@ -3,11 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <random>
 #include <set>
 
 #include "address_book.h"
 #include "box_analysis.h"
 #include "box_builder.h"
+#include "card_list.h"
 #include "findings.h"
 #include "report_scope.h"
 #include "reporter.h"
@@ -121,6 +123,72 @@ TEST(IndexedLookups, AgreeWhenASalvageReadsARecordAgainAtTheSameOffset) {
                      .build();
   setStatedAreaLength(box.bytes, box.offsets[1], 0);
   EXPECT_TRUE(expectIndexesAgree(box.bytes));
+}
+
+TEST(IndexedLookups, AgreeOnZeroStretchesReadAsEmptyDeletedCards) {
+  // Zeros between cards, behind a garbage card, before a card that fails
+  // and is salvaged, and up to the end of the file.
+  BuiltBox box = BoxBuilder()
+                     .field(1, "NAME", "Name")
+                     .card(1, {text("Ann")})
+                     .raw(Bytes(60, 0))
+                     .card(2, {text("Bob")})
+                     .garbage(3)
+                     .raw(Bytes(13, 0))
+                     .card(3, {text("Cy")})
+                     .raw(Bytes(600, 0))
+                     .card(1, {text("Di")})
+                     .raw(Bytes(36, 0))
+                     .build();
+  setStatedAreaLength(box.bytes, box.offsets[4], 0);
+  expectIndexesAgree(box.bytes);
+}
+
+// The run-length card list reads, card for card, as a plain list put
+// through the same appends and changes.
+TEST(CardListRuns, ReadAsThePlainList) {
+  std::mt19937 random(2026);
+  for (int trial = 0; trial < 200; ++trial) {
+    CardList list;
+    std::vector<CardRecord> plain;
+    uint32_t offset = 100;
+    for (int step = 0; step < 60; ++step) {
+      const unsigned what = random() % 10;
+      if (what < 6 || plain.empty()) {  // append: mostly empty deleted cards back to back
+        CardRecord r;
+        r.offset = offset;
+        if (what >= 3) r.id = static_cast<uint16_t>(random() % 3), r.size = random() % 3;
+        offset += 6 + r.size + (random() % 8 == 0 ? 6 : 0);
+        list.slot(plain.size()) = r;
+        plain.push_back(r);
+      } else {  // change a card anywhere, mostly the last ones
+        const size_t i = what < 8 ? plain.size() - 1 - random() % std::min<size_t>(plain.size(), 2)
+                                  : random() % plain.size();
+        const uint32_t code = what == 9 ? 0u : 0x40000000u;
+        list.edit(i).level |= code;
+        plain[i].level |= code;
+      }
+    }
+    ASSERT_EQ(list.size(), plain.size());
+    size_t i = 0;
+    for (const CardRecord& card : list) {
+      EXPECT_EQ(card.offset, plain[i].offset) << trial << " card " << i;
+      EXPECT_EQ(card.id, plain[i].id);
+      EXPECT_EQ(card.size, plain[i].size);
+      EXPECT_EQ(card.level, plain[i].level);
+      EXPECT_EQ(list[i].offset, plain[i].offset);
+      EXPECT_EQ(list.indexAtOffset(plain[i].offset), static_cast<int32_t>(i));
+      EXPECT_EQ(list.indexAtOffset(plain[i].offset + 1), -1);
+      ++i;
+    }
+    size_t counted = 0;
+    list.forEachStored([&](const CardList::Stored& s) {
+      EXPECT_EQ(s.first, counted);
+      for (size_t k = 0; k < s.count; ++k) EXPECT_EQ(s.record.offset + 6 * k, plain[s.first + k].offset);
+      counted += s.count;
+    });
+    EXPECT_EQ(counted, plain.size());
+  }
 }
 
 TEST(Census, EveryNormalIdHeldLeavesTheFirstSystemIdAsLeastNull) {

@@ -1034,6 +1034,10 @@ Please unset fastload.</source>
         <translation>カード %1 (%2、%3 バイト)</translation>
     </message>
     <message>
+        <source>cards %1 to %2 at %3, %4 bytes (empty deleted cards back to back)</source>
+        <translation>カード %1～%2 (%3、%4 バイト、連続した空の削除カード)</translation>
+    </message>
+    <message>
         <source>Add the missing terminator.</source>
         <translation>欠けている終端を加える。</translation>
     </message>

@@ -4,11 +4,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -63,11 +65,12 @@ std::string collectionRefusal(const BoxAnalysis& a) {
   for (const Part& p : parts) {
     if (refusesCollection(p.section, p.level)) return p.error;
   }
-  for (size_t i = 0; i < a.chain->cards.size(); ++i) {
-    const CardRecord& card = a.chain->cards[i];
+  size_t i = 0;
+  for (const CardRecord& card : a.chain->cards) {
     if (refusesCollection(static_cast<int32_t>(i), card.level)) {
       return format("card %zu at 0x%06x, ID 0x%04x, is damaged", i, card.offset, card.id);
     }
+    ++i;
   }
   // Everything before the first card is copied as it stands, so that is
   // where the item info must lie: behind it, it could be inside a garbage
@@ -85,23 +88,23 @@ uint64_t cardBytes(const CardRecord& card, uint64_t fileSize) {
 }
 
 CompactionPlan compactionPlan(const BoxAnalysis& a) {
-  const std::vector<CardRecord>& cards = a.chain->cards;
   CompactionPlan plan;
   plan.sizeAfter = a.headerCheck->firstCardOffset();
   bool terminated = false;
-  for (size_t i = 0; i < cards.size(); ++i) {
-    const CardRecord& card = cards[i];
-    const uint64_t bytes = cardBytes(card, a.file.size);
+  a.chain->cards.forEachStored([&](const CardList::Stored& s) {
+    const CardRecord& card = s.record;
+    const uint64_t bytes = cardBytes(card, a.file.size) * s.count;
     // A damaged card is no garbage card, whatever its ID (the collector
     // refuses a box with one).
     if (card.id == box::kGarbageId && !(card.level & code::kFailing)) {
-      plan.dropped.push_back({i, card.offset, bytes});
+      plan.dropped.push_back({s.first, card.offset, bytes, s.count});
+      plan.droppedCards += s.count;
       plan.droppedBytes += bytes;
-      continue;
+      return;
     }
     terminated = terminated || box::isTerminatorAt(card.offset, card.id, a.file.size);
     plan.sizeAfter += bytes;
-  }
+  });
   plan.addsTerminator = !terminated;
   if (plan.addsTerminator) plan.sizeAfter += box::kTerminatorSize;
   return plan;
@@ -109,15 +112,24 @@ CompactionPlan compactionPlan(const BoxAnalysis& a) {
 
 namespace {
 
+// The new offsets of the cards kept, by card index ascending.
+using Moved = std::vector<std::pair<size_t, uint32_t>>;
+
+// The new offset of the card at index; kDropped when it was dropped.
+uint32_t newOffset(const Moved& moved, size_t index) {
+  const auto found = std::lower_bound(moved.begin(), moved.end(), std::make_pair(index, uint32_t{0}));
+  return found != moved.end() && found->first == index ? found->second : kDropped;
+}
+
 // Writes a run's entries and link at entriesAt in the new box: every entry
 // the new offset of the first card with its ID (0 for a free ID).
 void rewriteRun(std::vector<uint8_t>& out, uint64_t entriesAt, const OffsetSegment& run, uint32_t link,
-                const cardChain& chain, const std::vector<uint32_t>& moved) {
+                const cardChain& chain, const Moved& moved) {
   const uint64_t linkAt = entriesAt + box::kOffsetEntrySize * uint64_t{run.count};
   if (linkAt + box::kOffsetEntrySize > out.size()) return;
   for (uint32_t j = 0; j < run.count; ++j) {
     const int32_t found = chain.findById(static_cast<uint16_t>(run.firstId + j));
-    const uint32_t value = found < 0 ? 0 : moved[static_cast<size_t>(found)];
+    const uint32_t value = found < 0 ? 0 : newOffset(moved, static_cast<size_t>(found));
     encodeFixed32(out.data() + entriesAt + box::kOffsetEntrySize * uint64_t{j},
                   value == kDropped ? 0 : value);
   }
@@ -134,18 +146,17 @@ std::vector<uint8_t> compact(const BoxAnalysis& a, const CompactionPlan& plan) {
   std::vector<uint8_t> out(data, data + first);
   out.reserve(plan.sizeAfter);
 
-  // New offset of every record, kDropped for the dropped ones.
-  std::vector<uint32_t> moved(chain.cards.size(), kDropped);
+  Moved moved;
   auto drop = plan.dropped.begin();
-  for (size_t i = 0; i < chain.cards.size(); ++i) {
-    const CardRecord& card = chain.cards[i];
-    if (drop != plan.dropped.end() && drop->card == i) {
+  chain.cards.forEachStored([&](const CardList::Stored& s) {
+    if (drop != plan.dropped.end() && drop->card == s.first) {
       ++drop;
-      continue;
+      return;
     }
-    moved[i] = static_cast<uint32_t>(out.size());
+    const CardRecord& card = s.record;
+    moved.emplace_back(s.first, static_cast<uint32_t>(out.size()));
     out.insert(out.end(), data + card.offset, data + card.offset + cardBytes(card, a.file.size));
-  }
+  });
   if (plan.addsTerminator) appendFixed16(out, box::kTerminatorId);
 
   // The offset table's runs, in the order the analysis walks them; each link
@@ -154,8 +165,9 @@ std::vector<uint8_t> compact(const BoxAnalysis& a, const CompactionPlan& plan) {
   for (size_t s = 0; s < runs.size(); ++s) {
     const OffsetSegment& run = runs[s];
     const uint64_t entriesAt =
-        run.card < 0 ? run.offset : uint64_t{moved[static_cast<size_t>(run.card)]} + box::kCardHeadSize;
-    const uint32_t link = s + 1 < runs.size() ? moved[static_cast<size_t>(runs[s + 1].card)] : 0;
+        run.card < 0 ? run.offset
+                     : uint64_t{newOffset(moved, static_cast<size_t>(run.card))} + box::kCardHeadSize;
+    const uint32_t link = s + 1 < runs.size() ? newOffset(moved, static_cast<size_t>(runs[s + 1].card)) : 0;
     rewriteRun(out, entriesAt, run, link, chain, moved);
   }
 
@@ -167,6 +179,7 @@ std::vector<uint8_t> compact(const BoxAnalysis& a, const CompactionPlan& plan) {
 }
 
 thread_local std::string lastFailure;
+thread_local std::optional<struct stat> analysedBox;
 
 int failure(int code, const std::string& why) {
   lastFailure = why;
@@ -242,15 +255,21 @@ bool sameState(const struct stat& a, const struct stat& b) {
 
 std::string collectionFailure() { return lastFailure; }
 
+void expectAnalysedBox(const struct stat& analysed) { analysedBox = analysed; }
+
 // NOLINTNEXTLINE(bugprone-reserved-identifier): the library's own name
 extern "C" int _BoxGarbageCollect(const char* path) {
   lastFailure.clear();
+  const std::optional<struct stat> analysed = analysedBox;
+  analysedBox.reset();
   if (!path) return BOX_GC_UNREADABLE;
   // Replace the file itself, not a symbolic link that leads to it.
   char resolved[PATH_MAX];
   if (!realpath(path, resolved)) return failure(BOX_GC_UNREADABLE, std::strerror(errno));
   const BoxLock lock(resolved);
   if (lock.code() != 0) return lock.code();
+  if (analysed && !sameState(*analysed, lock.st))
+    return failure(BOX_GC_CHANGED, "the box changed after it was analysed");
 
   SilentAnalysis check(resolved);
   if (!check.ran()) return BOX_GC_UNREADABLE;

@@ -5,6 +5,8 @@
 // for which collectionRefusal gives a reason, and writes what the plan says.
 #pragma once
 
+#include <sys/stat.h>
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -29,15 +31,23 @@ struct CompactionPlan {
   struct Dropped {
     size_t card;  // index in the card list
     uint32_t offset;
-    uint64_t bytes;  // head and body
+    uint64_t bytes;    // head and body
+    size_t cards = 1;  // a run of empty deleted cards back to back is one entry
   };
   std::vector<Dropped> dropped;  // in chain order
+  size_t droppedCards = 0;
   uint64_t droppedBytes = 0;
   bool addsTerminator = false;
   uint64_t sizeAfter = 0;  // the compacted box's size
 };
 
 CompactionPlan compactionPlan(const BoxAnalysis& a);
+
+// Makes this thread's next _BoxGarbageCollect refuse (BOX_GC_CHANGED) a box
+// that is no longer the file a front end analysed: another file, another
+// size or another modification time.  What the front end told of the
+// collection then holds for the box it collects.
+void expectAnalysedBox(const struct stat& analysed);
 
 // Why the last _BoxGarbageCollect of this thread that failed to read, lock,
 // write or replace the box failed, in words ("No space left on device");
