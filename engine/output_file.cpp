@@ -13,6 +13,8 @@
 #include <cerrno>
 #include <climits>
 #include <cstring>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -114,8 +116,12 @@ void removeAbandonedTemporaries(int dir, const std::string& name) {
     close(listed);
     return;
   }
-  std::string prefixes[std::size(kTags)];
-  for (size_t t = 0; t < std::size(kTags); ++t) prefixes[t] = temporaryPrefix(name, kTags[t]);
+  // The backup of a box (NAME.bak, written by compact --backup) goes with
+  // the box: what its writer left is cleared with the box's own.
+  std::vector<std::string> prefixes;
+  for (const std::string& target : {name, name + ".bak"}) {
+    for (const char* tag : kTags) prefixes.push_back(temporaryPrefix(target, tag));
+  }
   while (const dirent* e = readdir(d)) {
     for (const std::string& prefix : prefixes) {
       if (std::strncmp(e->d_name, prefix.c_str(), prefix.size()) == 0 &&
