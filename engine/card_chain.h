@@ -41,8 +41,9 @@ class cardChain : public Checker {
   // True when no earlier record starts where record index does, so that
   // findByOffset of its offset finds it.
   bool isFirstAtOffset(int32_t index) const;
-  // True when the cards stand in strictly ascending file order.
-  bool inFileOrder() const { return ascending_; }
+  // True when no card stands before the one before it in the file (two may
+  // stand at one offset).
+  bool inFileOrder() const { return inOrder_; }
 
   // Reads the card head at offset into record.  The offset of the next card,
   // or -1 when the head or the body would run past limit.
@@ -95,10 +96,13 @@ class cardChain : public Checker {
   std::vector<std::pair<uint16_t, int32_t>> byId_;
   bool idTables_ = false;
   // Records normally stand in strictly ascending file order, and then the
-  // list itself is searched.  After a salvage that went back, byOffset_
-  // holds (offset, index) pairs in that order and firstAtOffset_ marks the
-  // first record of every offset.
+  // list itself is searched.  A salvage that reads a record again at its
+  // own offset leaves them in order but for equal offsets: the list is
+  // still searched, and firstAtOffset_ marks the first record of every
+  // offset.  After a salvage that went back, byOffset_ holds (offset,
+  // index) pairs in that order as well.
   bool ascending_ = true;
+  bool inOrder_ = true;
   std::vector<std::pair<uint32_t, int32_t>> byOffset_;
   std::vector<bool> firstAtOffset_;
 };

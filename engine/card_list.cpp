@@ -35,25 +35,35 @@ CardRecord CardList::operator[](size_t i) const {
   return card;
 }
 
-int32_t CardList::indexAtOffset(uint32_t offset) const {
-  const auto after = std::upper_bound(records_.begin(), records_.end(), offset,
-                                      [](uint32_t o, const CardRecord& r) { return o < r.offset; });
-  if (after == records_.begin()) return -1;
-  const auto e = static_cast<size_t>(after - records_.begin()) - 1;
-  const uint32_t from = records_[e].offset;
-  // The first card of record e: its run's, or counted on from the last run before it.
-  const auto run = std::upper_bound(runs_.begin(), runs_.end(), e,
-                                    [](size_t record, const Run& r) { return record < r.record; });
-  if (run != runs_.begin() && (run - 1)->record == e) {
-    const Run& r = *(run - 1);
-    const uint32_t k = (offset - from) / kRunStep;
-    if ((offset - from) % kRunStep != 0 || k >= r.count) return -1;
-    return static_cast<int32_t>(r.first + k);
+size_t CardList::firstCardOf(size_t e, const Run** run) const {
+  // The last run stored at or before record e; behind it the records stand
+  // one to a card.
+  const auto after = std::upper_bound(runs_.begin(), runs_.end(), e,
+                                      [](size_t record, const Run& r) { return record < r.record; });
+  *run = nullptr;
+  if (after == runs_.begin()) return e;
+  const Run& r = *(after - 1);
+  if (r.record == e) {
+    *run = &r;
+    return r.first;
   }
-  if (offset != from) return -1;
-  if (run == runs_.begin()) return static_cast<int32_t>(e);
-  const Run& r = *(run - 1);
-  return static_cast<int32_t>(r.first + r.count + (e - r.record - 1));
+  return r.first + r.count + (e - r.record - 1);
+}
+
+int32_t CardList::indexAtOffset(uint32_t offset) const {
+  // The first record at or behind offset; the one before it may be a run
+  // that holds offset.
+  const auto at = std::lower_bound(records_.begin(), records_.end(), offset,
+                                   [](const CardRecord& r, uint32_t o) { return r.offset < o; });
+  const auto e = static_cast<size_t>(at - records_.begin());
+  const Run* run = nullptr;
+  if (at != records_.end() && at->offset == offset) return static_cast<int32_t>(firstCardOf(e, &run));
+  if (e == 0) return -1;
+  const size_t first = firstCardOf(e - 1, &run);
+  if (!run) return -1;
+  const uint32_t into = offset - records_[e - 1].offset;
+  if (into % kRunStep != 0 || into / kRunStep >= run->count) return -1;
+  return static_cast<int32_t>(first + into / kRunStep);
 }
 
 void CardList::joinLast() {

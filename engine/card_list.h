@@ -39,8 +39,8 @@ class CardList {
   // record.  Appending lets the card before the last join a run.
   CardRecord& slot(size_t i);
 
-  // The index of the card at offset, -1 when there is none; for a list
-  // whose cards stand in strictly ascending file order.
+  // The index of the first card at offset, -1 when there is none; for a
+  // list in which no card stands before the one before it.
   int32_t indexAtOffset(uint32_t offset) const;
 
   // The stored records in order: each stands for count cards from index
@@ -113,6 +113,9 @@ class CardList {
     size_t inRun;
   };
   Place find(size_t i) const;
+  // The index of the first card that stored record e stands for, and its
+  // run (null for a record alone).
+  size_t firstCardOf(size_t e, const Run** run) const;
   // Lets the last stored record join the card before it, when both are
   // empty deleted cards back to back.
   void joinLast();

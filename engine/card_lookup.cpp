@@ -32,21 +32,32 @@ void cardChain::buildIndexes() {
   }
   // The cards of a run stand in ascending order among themselves.
   ascending_ = true;
+  inOrder_ = true;
   bool firstRecord = true;
   uint64_t lastOffset = 0;
   cards.forEachStored([&](const CardList::Stored& s) {
     if (!firstRecord && s.record.offset <= lastOffset) ascending_ = false;
+    if (!firstRecord && s.record.offset < lastOffset) inOrder_ = false;
     firstRecord = false;
     lastOffset = s.record.offset + uint64_t{CardList::kRunStep} * (s.count - 1);
   });
   byOffset_.clear();
   firstAtOffset_.clear();
   if (ascending_) return;
+  firstAtOffset_.assign(cards.size(), false);
+  if (inOrder_) {
+    size_t i = 0;
+    uint64_t previous = UINT64_MAX;
+    for (const CardRecord& card : cards) {
+      firstAtOffset_[i++] = card.offset != previous;
+      previous = card.offset;
+    }
+    return;
+  }
   byOffset_.reserve(cards.size());
   int32_t index = 0;
   for (const CardRecord& card : cards) byOffset_.emplace_back(card.offset, index++);
   std::sort(byOffset_.begin(), byOffset_.end());
-  firstAtOffset_.assign(cards.size(), false);
   for (size_t k = 0; k < byOffset_.size(); ++k) {
     if (k == 0 || byOffset_[k - 1].first != byOffset_[k].first)
       firstAtOffset_[static_cast<size_t>(byOffset_[k].second)] = true;
@@ -68,7 +79,7 @@ bool cardChain::hasLaterDuplicate(size_t index) const {
 }
 
 int32_t cardChain::findByOffset(uint32_t offset) const {
-  if (ascending_) return cards.indexAtOffset(offset);
+  if (inOrder_) return cards.indexAtOffset(offset);
   const auto found = std::lower_bound(byOffset_.begin(), byOffset_.end(), std::make_pair(offset, INT32_MIN));
   return found != byOffset_.end() && found->first == offset ? found->second : -1;
 }

@@ -252,7 +252,7 @@ RecordMap mapRecords(ByteView file, const cardChain& chain, const ItemInfo& fiel
   cards.forEachStored([&](const CardList::Stored& s) {
     if (s.count == 1) return addCard(s.record, s.first);
     const uint64_t o = s.record.offset;
-    if (inOrder) {
+    if (inOrder && chain.isFirstAtOffset(static_cast<int32_t>(s.first))) {
       offsets.push_back(o);
       spans.push_back({o, o + uint64_t{CardList::kRunStep} * s.count, static_cast<int32_t>(s.first),
                        box::kGarbageId, false, false, static_cast<uint32_t>(s.count)});
