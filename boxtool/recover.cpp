@@ -7,12 +7,12 @@
 #include <memory>
 
 #include "analysed_file.h"
-#include "box_file.h"
 #include "command.h"
 #include "json_text.h"
 #include "output_file.h"
 #include "printable.h"
 #include "rescue.h"
+#include "rescue_file.h"
 
 namespace {
 
@@ -121,6 +121,7 @@ std::string jsonSummary(const RecoverArguments& args, const RescuedBox& r, int s
 }
 
 int runRecover(const RecoverArguments& args) {
+  // Refused before the field table is read, as rescueFile would refuse it.
   if (sameFile(args.broken, args.target))
     return fail(args.target, "is the broken box itself; the broken box is never written",
                 exit_status::kNotWritten);
@@ -133,19 +134,14 @@ int runRecover(const RecoverArguments& args) {
     const int status = fieldTableOf(args.fieldsFrom, fields, why);
     if (status != exit_status::kClean) return fail(args.fieldsFrom, why, status);
   }
-  // Mapped read-only: the broken box is read, never written.
-  const BoxFile broken(args.broken.c_str());
-  if (!broken.problem.empty()) return fail(args.broken, broken.problem, exit_status::kNotAnalysed);
   Progress progress("recover", args.progress);
   setCurrentProgress(&progress);
-  const RescuedBox rescued =
-      rescueBox(broken.view(), {args.fieldsFrom.empty() ? nullptr : &fields, args.deleted});
+  const RescueFile r = rescueFile(args.broken, args.target,
+                                  {args.fieldsFrom.empty() ? nullptr : &fields, args.deleted}, args.force);
   setCurrentProgress(nullptr);
   progress.clear();
-  // What was read from a file that shrank is partly zeros: write nothing.
-  if (broken.shrank())
-    return fail(args.broken, "the file shrank while it was being read", exit_status::kNotAnalysed);
-  if (!rescued.problem.empty()) {
+  const RescuedBox& rescued = r.box;
+  if (r.status == exit_status::kRefused) {
     if (args.json) std::fputs(jsonSummary(args, rescued, exit_status::kRefused).c_str(), stdout);
     std::string advice;
     if (rescued.problem.starts_with("the item info") ||
@@ -155,14 +151,10 @@ int runRecover(const RecoverArguments& args) {
         advice += format(" ('boxtool export' shows the %d values of each card without their types)",
                          rescued.cardValueCount);
     }
-    return fail(args.broken, rescued.problem + advice, exit_status::kRefused);
+    return fail(r.failedPath, r.reason + advice, exit_status::kRefused);
   }
-
-  OutputFile out(args.target);
-  if (!out.opened()) return fail(args.target, out.error, exit_status::kNotWritten);
-  if (!out.write(rescued.bytes.data(), rescued.bytes.size()) || !out.commit(args.force))
-    return fail(args.target, out.error, exit_status::kNotWritten);
-  const int status = rescued.whole() ? exit_status::kClean : exit_status::kIncomplete;
+  if (!r.reason.empty()) return fail(r.failedPath, r.reason, r.status);
+  const int status = r.status;
   const std::string text = args.json ? jsonSummary(args, rescued, status) : summary(rescued, args.target);
   writeOut(text);
   flushOutput();

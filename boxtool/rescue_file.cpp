@@ -26,8 +26,8 @@ RescueFile failed(RescueFile r, const std::string& path, const std::string& reas
 
 }  // namespace
 
-RescueFile rescueFile(const std::string& broken, const std::string& target, bool deleted,
-                      const std::function<bool()>& keep) {
+RescueFile rescueFile(const std::string& broken, const std::string& target, const RescueOptions& options,
+                      bool replace, const std::function<bool()>& keep) {
   RescueFile r;
   if (sameFile(broken, target))
     return failed(std::move(r), target, "is the broken box itself; the broken box is never written",
@@ -35,7 +35,8 @@ RescueFile rescueFile(const std::string& broken, const std::string& target, bool
   // Mapped read-only: the broken box is read, never written.
   const BoxFile file(broken.c_str());
   if (!file.problem.empty()) return failed(std::move(r), broken, file.problem, exit_status::kNotAnalysed);
-  r.box = rescueBox(file.view(), {.deleted = deleted});
+  r.box = rescueBox(file.view(), options);
+  // What was read from a file that shrank is partly zeros: write nothing.
   if (file.shrank())
     return failed(std::move(r), broken, "the file shrank while it was being read", exit_status::kNotAnalysed);
   if (!r.box.problem.empty()) {
@@ -47,7 +48,7 @@ RescueFile rescueFile(const std::string& broken, const std::string& target, bool
     return r;
   }
   std::string error;
-  if (!writeWhole(target, r.box.bytes, true, error))
+  if (!writeWhole(target, r.box.bytes, replace, error))
     return failed(std::move(r), target, error, exit_status::kNotWritten);
   r.status = r.box.whole() ? exit_status::kClean : exit_status::kIncomplete;
   return r;

@@ -1,7 +1,8 @@
-// The rescue and the backup of a box file for a front end that tells the
-// outcome itself (the window's Recover... and Compact...): what boxtool
-// recover writes, and the copy compact --backup keeps, with the reason of
-// a failure returned instead of printed.  The damaged box is only read.
+// The rescue and the backup of a box file for the front ends, which tell
+// the outcome themselves (boxtool recover, the window's Recover... and
+// Compact...): the new box written, and the copy compact --backup keeps,
+// with the reason of a failure returned instead of printed.  The damaged
+// box is only read.
 #pragma once
 
 #include <functional>
@@ -17,11 +18,11 @@ struct RescueFile {
   bool abandoned = false;  // keep() said no: nothing was written
 };
 
-// Rescues the box at broken (deleted: the deleted records too) into a new
-// box at target, which it replaces; never into broken itself.  keep, when
-// given, is asked before anything is written.
-RescueFile rescueFile(const std::string& broken, const std::string& target, bool deleted,
-                      const std::function<bool()>& keep = {});
+// Rescues the box at broken into a new box at target, which it replaces
+// when replace is set (else an existing target is a failure); never into
+// broken itself.  keep, when given, is asked before anything is written.
+RescueFile rescueFile(const std::string& broken, const std::string& target, const RescueOptions& options,
+                      bool replace, const std::function<bool()>& keep = {});
 
 // Copies the file at path to copy, which must not exist: false, with error
 // saying why, when it could not.

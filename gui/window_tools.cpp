@@ -289,7 +289,8 @@ void VornWindow::recoverBox(const QString& given) {
   const std::string target = localFileName(path).toStdString();
   const bool restore = deleted->isChecked();
   const bool finished = runJob([result, brokenBytes, target, restore](RunProgress& progress) {
-    *result = rescueFile(brokenBytes, target, restore, [&progress] { return !progress.cancelled; });
+    *result = rescueFile(brokenBytes, target, {.deleted = restore}, true,
+                         [&progress] { return !progress.cancelled; });
   });
   if (!finished || result->abandoned) {
     statusBar()->showMessage(tr("Recover cancelled; nothing was written"), 5000);
