@@ -8,7 +8,8 @@
 # Prints what is off; exit status 1 when anything is.
 #   tools/check-style.sh [BUILD_DIR]
 # clang-tidy checks a source again only when it, a project header or
-# .clang-tidy changed since it last passed (BUILD_DIR/clang-tidy-passed/).
+# .clang-tidy changed since it last passed (BUILD_DIR/clang-tidy-passed/, or
+# VORN_TIDY_PASSED_DIR, which builds of the same sources may share).
 # VORN_TIDY=0 leaves clang-tidy out: for runs that judge the tests rather
 # than the sources, such as the mutation score.
 set -u
@@ -26,7 +27,7 @@ clang-format --dry-run --Werror --style=file "${cxx[@]}" || status=1
 shellcheck -x "${shell[@]}" || status=1
 
 if [ -n "$build" ] && [ -f "$build/compile_commands.json" ] && [ "${VORN_TIDY:-1}" != 0 ]; then
-  passed="$build/clang-tidy-passed"
+  passed="${VORN_TIDY_PASSED_DIR:-$build/clang-tidy-passed}"
   mkdir -p "$passed"
   headers=()
   sources=()
