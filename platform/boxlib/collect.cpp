@@ -65,13 +65,14 @@ std::string collectionRefusal(const BoxAnalysis& a) {
   for (const Part& p : parts) {
     if (refusesCollection(p.section, p.level)) return p.error;
   }
-  size_t i = 0;
-  for (const CardRecord& card : a.chain->cards) {
-    if (refusesCollection(static_cast<int32_t>(i), card.level)) {
-      return format("card %zu at 0x%06x, ID 0x%04x, is damaged", i, card.offset, card.id);
-    }
-    ++i;
-  }
+  // The cards of a run of empty deleted cards have nothing delivered
+  // against them: a run is judged by its first card.
+  std::string damaged;
+  a.chain->cards.forEachStored([&](const CardList::Stored& s) {
+    if (damaged.empty() && refusesCollection(static_cast<int32_t>(s.first), s.record.level))
+      damaged = format("card %zu at 0x%06x, ID 0x%04x, is damaged", s.first, s.record.offset, s.record.id);
+  });
+  if (!damaged.empty()) return damaged;
   // Everything before the first card is copied as it stands, so that is
   // where the item info must lie: behind it, it could be inside a garbage
   // card that the collection drops (its place there is only unusual).
